@@ -1,0 +1,38 @@
+# The two set-up commands of the README: `make run` and `make test`.
+# Each installs what is missing, configures, builds and then runs.
+PRESET ?= debug
+BUILD  := build/$(PRESET)
+JOBS   ?= $(shell nproc)
+
+.PHONY: deps configure build run test bench fuzz asan clean
+
+deps:
+	@scripts/setup-deps.sh
+
+configure: deps
+	@cmake --preset $(PRESET) >/dev/null
+
+build: configure
+	@cmake --build --preset $(PRESET) -j $(JOBS)
+
+run: build
+	@scripts/run-app.sh $(BUILD)
+
+test: build
+	@scripts/run-tests.sh $(BUILD)
+
+bench: deps
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release -j $(JOBS)
+	@scripts/run-bench.sh build/release
+
+fuzz: deps
+	@cmake --preset fuzz >/dev/null
+	@cmake --build --preset fuzz -j $(JOBS)
+	@scripts/run-fuzz.sh build/fuzz
+
+asan:
+	@$(MAKE) test PRESET=asan
+
+clean:
+	rm -rf build

@@ -1,0 +1,138 @@
+#pragma once
+// A record set: named, typed fields and rows of nullable text values, with a cursor, bookmarks,
+// a sort text and a filter text in the classic data-access syntax.
+//
+// Values are held as text, as the host sends them; a value can be null, and null is not the empty text.
+// Each field has a type that says how its values compare when sorting and filtering: numbers as numbers,
+// dates as dates, text as text (case-insensitively, as the classic data access compares it).
+//
+// Copies share their row storage until one of them writes (implicit sharing), so a reply's sections
+// can be handed around and bound to lists cheaply. The cursor, sort and filter belong to each copy.
+
+#include <QList>
+#include <QString>
+#include <QVariant>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+namespace adjustacc::messaging {
+
+enum class FieldType {
+  Text,      // compared as text, case-insensitively
+  Number,    // integers and money ("1234.50", "-3"); compared numerically
+  Date,      // "yyyy-mm-dd" (also "mm-dd-yyyy" and "mm/dd/yyyy" as screens write them)
+  DateTime,  // a date with a time ("yyyy-mm-dd HH:MM[:SS]" or ISO 8601 with "T")
+};
+
+struct Field {
+  QString name;
+  FieldType type = FieldType::Text;
+  friend bool operator==(const Field&, const Field&) = default;
+};
+
+// A sort or filter text that could not be read: which text, where (0-based character position), and why.
+struct TextError {
+  QString text;
+  qsizetype position = 0;
+  QString reason;
+  // "Filter text \"ACTION = \" is not valid at position 9: a value is expected"
+  QString message(const QString& what) const;
+};
+
+// Stable identity of a row inside one record set (and its copies); survives sorting and filtering.
+using Bookmark = std::int64_t;
+inline constexpr Bookmark kNoBookmark = -1;
+
+class RecordSet {
+public:
+  RecordSet();                              // closed, no fields
+  explicit RecordSet(QList<Field> fields);  // open, no rows
+  RecordSet(const RecordSet&);
+  RecordSet(RecordSet&&) noexcept;
+  RecordSet& operator=(const RecordSet&);
+  RecordSet& operator=(RecordSet&&) noexcept;
+  ~RecordSet();
+
+  // --- layout -----------------------------------------------------------------------------------
+  const QList<Field>& fields() const;
+  int fieldCount() const;
+  // Index of a field by name (case-insensitive), or -1.
+  int fieldIndex(const QString& name) const;
+  bool hasField(const QString& name) const { return fieldIndex(name) >= 0; }
+
+  bool isOpen() const;
+  // Closes the set: rows, sort and filter are dropped; the layout stays readable.
+  void close();
+
+  // --- rows in view order (after filter and sort) -------------------------------------------------
+  // Number of rows the filter lets through (all rows when there is no filter).
+  int recordCount() const;
+  // Value at a visible row; a null QVariant for null, otherwise a QString.
+  QVariant valueAt(int row, int field) const;
+  QVariant valueAt(int row, const QString& field) const;
+  bool isNullAt(int row, int field) const;
+  Bookmark bookmarkAt(int row) const;
+  // Visible row of a bookmark, or -1 when the row is filtered out or deleted.
+  int rowOfBookmark(Bookmark bookmark) const;
+
+  // --- cursor ---------------------------------------------------------------------------------------
+  void moveFirst();
+  void moveLast();
+  void moveNext();
+  void movePrevious();
+  bool eof() const;  // past the last visible row (or no rows)
+  bool bof() const;  // before the first visible row (or no rows)
+  // 0-based visible position of the current row; -1 at bof/eof.
+  int absolutePosition() const;
+  void setAbsolutePosition(int row);
+  Bookmark bookmark() const;             // of the current row; kNoBookmark at bof/eof
+  bool setBookmark(Bookmark bookmark);   // false (cursor unchanged) when the row is not visible
+
+  // Current-row access; reading at bof/eof gives a null QVariant.
+  QVariant value(int field) const;
+  QVariant value(const QString& field) const;
+
+  // --- changes ----------------------------------------------------------------------------------------
+  // Appends a row (values in field order; missing values are null, a null QVariant is null, anything else
+  // is stored as its text) and makes it current. Returns its bookmark.
+  Bookmark addNew(const QList<QVariant>& values = {});
+  // Writes a value in the current row; false at bof/eof or for an unknown field.
+  bool update(int field, const QVariant& value);
+  bool update(const QString& field, const QVariant& value);
+  bool updateAt(Bookmark bookmark, int field, const QVariant& value);
+  // Deletes the current row; the cursor moves to the next visible row (or eof).
+  bool deleteCurrent();
+
+  // Reserve room for rows that are about to be appended (used by reply decoding).
+  void reserve(int rows);
+
+  // --- sort and filter -------------------------------------------------------------------------------
+  // "CUST_ID,ACCT_RCVBL_NBR", "ASSMT_CD ASC, ASSMT_ISSUE_DT desc". Stable; nulls first; the empty text
+  // restores insertion order. A bad text leaves everything as it was and is reported.
+  std::optional<TextError> setSort(const QString& sortText);
+  QString sort() const;
+
+  // "ACTION <> null AND (AMT >= 10 OR NAME LIKE 'SM*')". The empty text clears the filter.
+  // A bad text leaves everything as it was and is reported. The cursor goes to the first visible row.
+  std::optional<TextError> setFilter(const QString& filterText);
+  QString filter() const;
+
+  // Grows whenever rows, values, the sort or the filter change; a bound list compares it to redraw.
+  std::uint64_t revision() const;
+
+  // Bytes held by the row storage of this set (for memory checks); shared storage is counted in full.
+  std::size_t storageBytes() const;
+
+private:
+  struct Data;
+  std::shared_ptr<Data> d;  // shared row storage, copied before the first write
+  struct View;
+  std::unique_ptr<View> v;  // this copy's cursor, sort order and filter
+  void detach();
+};
+
+using RecordSetPtr = std::shared_ptr<RecordSet>;
+
+}  // namespace adjustacc::messaging
