@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace adjustacc::messaging {
 
@@ -44,6 +45,10 @@ struct TextError {
 // Stable identity of a row inside one record set (and its copies); survives sorting and filtering.
 using Bookmark = std::int64_t;
 inline constexpr Bookmark kNoBookmark = -1;
+
+namespace detail {
+struct Data;
+}
 
 class RecordSet {
 public:
@@ -109,8 +114,10 @@ public:
   void reserve(int rows);
 
   // --- sort and filter -------------------------------------------------------------------------------
-  // "CUST_ID,ACCT_RCVBL_NBR", "ASSMT_CD ASC, ASSMT_ISSUE_DT desc". Stable; nulls first; the empty text
-  // restores insertion order. A bad text leaves everything as it was and is reported.
+  // "CUST_ID,ACCT_RCVBL_NBR", "ASSMT_CD ASC, ASSMT_ISSUE_DT desc". Stable; nulls first (with DESC too); the
+  // empty text restores insertion order. Orders the rows in view without applying the filter again; the
+  // current row stays current. A bad text leaves everything as it was and is reported.
+  // The rules in full: docs/recordset.md.
   std::optional<TextError> setSort(const QString& sortText);
   QString sort() const;
 
@@ -126,11 +133,17 @@ public:
   std::size_t storageBytes() const;
 
 private:
-  struct Data;
-  std::shared_ptr<Data> d;  // shared row storage, copied before the first write
+  std::shared_ptr<detail::Data> d;  // shared row storage, copied before the first write
   struct View;
-  std::unique_ptr<View> v;  // this copy's cursor, sort order and filter
+  std::unique_ptr<View> v;  // this copy's cursor, sort order and filter (null only once moved from)
   void detach();
+  const View& view() const;
+  View& mutableView();
+  std::uint32_t physicalRow(int row) const;  // 0xFFFFFFFF when not a visible row
+  std::vector<std::uint32_t> visibleInPhysicalOrder() const;
+  std::vector<std::uint32_t> liveRows() const;
+  void setRows(std::vector<std::uint32_t> rows);
+  int positionOf(Bookmark bookmark) const;  // like rowOfBookmark, without building the inverse
 };
 
 using RecordSetPtr = std::shared_ptr<RecordSet>;

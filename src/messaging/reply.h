@@ -18,6 +18,10 @@ struct Reply {
   QMap<QString, RecordSet> sections;
 
   bool hasSection(const QString& name) const { return sections.contains(name); }
+  // The named section, or nullptr when the reply has none of that name.
+  const RecordSet* section(const QString& name) const;
+  // True when the host answered without an error and the answer came in time.
+  bool ok() const { return error.isEmpty() && !timedOut; }
 
   // A failing reply made on this side (decoding failure, dead link, time-out).
   static Reply failure(const QString& replyTo, const QString& requestId, const QString& error);

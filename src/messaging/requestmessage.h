@@ -29,16 +29,20 @@ public:
 
   // Appends a parameter; order is kept.
   void addParameter(const RequestParameter& parameter);
-  // Appends a new record to the named set of save records and returns it for filling.
+  // Appends a new record to the named set of save records and returns it for filling. The reference is
+  // good until the next addRecord.
   SaveRecord& addRecord(const QString& setName);
 
   QString requestId() const;
 
-  // Milliseconds to wait for the answer before MsgTimeout; 0 waits for ever.
+  // Milliseconds to wait for the answer before MsgTimeout; 0 (or less) waits for ever. Set it before send.
   void setTimeoutInterval(int milliseconds);
   int timeoutInterval() const;
 
-  // Sends the request (once; a second call is ignored).
+  // Hands the request to the link and returns at once (a second call is ignored). The answer is always
+  // one DataReady, later, from the event loop: the host's reply for this request id; or, when the interval
+  // passes first, MsgTimeout followed at once by a failing DataReady (a real reply after that is dropped);
+  // or a failing DataReady when there is no link, or the link goes away before it answers.
   void send();
   bool isSent() const;
   bool isAnswered() const;
@@ -52,6 +56,10 @@ Q_SIGNALS:
 private:
   void onReply(const Reply& reply);
   void onTimeout();
+  void onLinkGone();
+  // Answers with a reply made here, from the event loop.
+  void answerLater(const Reply& reply);
+  void finish();
 
   QPointer<HostLink> m_link;
   Request m_request;

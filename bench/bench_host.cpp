@@ -1,0 +1,543 @@
+// Speed of the host links, each against an anchor measured in the same run:
+//  - the account inquiry through the embedded link, end to end (submit -> replyReady with the record sets),
+//    for accounts of 10, 1,000 and 50,000 receivables, against the raw SQL of the same rows on the same
+//    SQLite file (a QSqlQuery reading every value);
+//  - the adjustacc-host service on PostgreSQL under a bounded loopback load (several concurrent clients through
+//    the remote link) against the same queries sent straight to PostgreSQL with the same concurrency.
+// The ratio lines come last: ours over the anchor.
+#include "host/embeddedlink.h"
+#include "host/hostsystem.h"
+#include "host/httpservice.h"
+#include "host/tokens.h"
+#include "messaging/remotelink.h"
+
+#include <QCoreApplication>
+#include <QDate>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QLoggingCategory>
+#include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QUuid>
+
+#include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+using namespace adjustacc;
+using messaging::Reply;
+using messaging::Request;
+
+namespace {
+
+const std::vector<int> kAccountSizes = {10, 1000, 50000};
+
+// The account inquiry's own statements (receivables of the account, then its receipts), read raw.
+const QString kReceivablesSql = QStringLiteral(
+    "SELECT c.CUST_NM, a.ACCT_RCVBL_NBR, a.ACCT_RCVBL_CK_NBR, a.STP_DT, a.ORIG_ASSMT_AMT, a.LTE_FEE_AMT, "
+    "a.ACRD_INTRST_AMT, a.ACCT_RCVBL_DUE_AMT, a.ACCT_RCVBL_BAL_AMT, a.ACCT_STTS_CD, a.ACCT_RCVBL_TYP_CD, "
+    "a.ACTV_STTS_CD, a.CASE_ID, a.CUST_ID, a.ROW_VRSN_NBR "
+    "FROM ACCT_RCVBL a JOIN CUSTOMER c ON c.CUST_ID = a.CUST_ID "
+    "WHERE (a.REF_TYP_CD = ? AND a.REF_NBR = ?) OR (a.ACCT_RCVBL_TYP_CD = ? AND a.ACCT_RCVBL_NBR = ?) "
+    "ORDER BY a.CUST_ID, a.ACCT_RCVBL_NBR");
+const QString kReceiptsSql = QStringLiteral(
+    "SELECT r.RCPT_DT, r.RCPT_NBR, r.RCPT_STTS_CD, r.TOT_PYMT_AMT, "
+    "(SELECT SUM(o.OVR_PYMT_AMT) FROM OVR_PYMT o WHERE o.RCPT_NBR = r.RCPT_NBR), "
+    "r.CUST_ID, r.CNFRMTN_NBR, r.ROW_VRSN_NBR FROM RCPT r "
+    "WHERE r.RCPT_NBR IN (SELECT p.RCPT_NBR FROM PYMT p JOIN ACCT_RCVBL a ON a.ACCT_RCVBL_ID = p.ACCT_RCVBL_ID "
+    "WHERE (a.REF_TYP_CD = ? AND a.REF_NBR = ?) OR (a.ACCT_RCVBL_TYP_CD = ? AND a.ACCT_RCVBL_NBR = ?)) "
+    "ORDER BY r.RCPT_NBR");
+
+// Payment-plan accounts of the benchmark: reference type and number per size.
+const QString kPlanType = QStringLiteral("PP");
+QString planNumber(int size) { return QString::number(8000000 + size); }
+
+[[noreturn]] void die(const QString& text) {
+  std::fprintf(stderr, "bench_host: %s\n", qPrintable(text));
+  std::exit(1);
+}
+
+// Adds one payment-plan account per size, its receivables filed under the plan's reference.
+void addBenchmarkAccounts(const QString& connection, const std::vector<int>& sizes) {
+  QSqlDatabase db = QSqlDatabase::database(connection, false);
+  if (!db.transaction()) {
+    die(db.lastError().text());
+  }
+  QSqlQuery query(db);
+  if (!query.exec(QStringLiteral("INSERT INTO CUSTOMER (CUST_ID, CUST_NM, ADDR_1, CITY, STATE, ZIP) "
+                                 "VALUES ('BENCH0001', 'BENCHMARK HAULING LLC', '1 MAIN ST', 'CAPITOL', 'NE', '68500')"))) {
+    die(query.lastError().text());
+  }
+  query.prepare(QStringLiteral(
+      "INSERT INTO ACCT_RCVBL (ACCT_RCVBL_TYP_CD, ACCT_RCVBL_NBR, ACCT_RCVBL_CK_NBR, REF_TYP_CD, REF_NBR, CUST_ID, "
+      "STP_DT, ORIG_ASSMT_AMT, LTE_FEE_AMT, ACRD_INTRST_AMT, ACCT_RCVBL_DUE_AMT, ACCT_RCVBL_BAL_AMT, ACCT_STTS_CD, "
+      "ACTV_STTS_CD, CASE_ID) VALUES ('BN', ?, ?, ?, ?, 'BENCH0001', ?, ?, ?, ?, ?, ?, 'A', 'A', ?)"));
+  int serial = 0;
+  const QDate stop = QDate::currentDate().addDays(90);
+  for (int size : sizes) {
+    for (int i = 0; i < size; ++i, ++serial) {
+      const qint64 original = 10000 + (serial % 977) * 100;
+      query.addBindValue(QStringLiteral("%1").arg(serial, 7, 10, QLatin1Char('0')));
+      query.addBindValue(QString::number(serial % 10));
+      query.addBindValue(kPlanType);
+      query.addBindValue(planNumber(size));
+      query.addBindValue(stop);
+      query.addBindValue(original);
+      query.addBindValue(qint64{2500});
+      query.addBindValue(qint64{(serial % 13) * 10});
+      query.addBindValue(original + 2500);
+      query.addBindValue(original / 2);
+      query.addBindValue(serial % 7 == 0 ? QVariant(QStringLiteral("CASE%1").arg(serial)) : QVariant());
+      if (!query.exec()) {
+        die(query.lastError().text());
+      }
+    }
+  }
+  if (!db.commit()) {
+    die(db.lastError().text());
+  }
+}
+
+QString firstOfficer(const QString& connection) {
+  QSqlQuery query(QSqlDatabase::database(connection, false));
+  if (!query.exec(QStringLiteral("SELECT OFFICER_ID FROM OFFICER ORDER BY OFFICER_ID")) || !query.next()) {
+    die(QStringLiteral("the demo set has no officers"));
+  }
+  return query.value(0).toString();
+}
+
+Request accountInquiry(const QString& officer, int size) {
+  Request request;
+  request.replyTo = QStringLiteral("ADJUSTACC");
+  request.version = QStringLiteral("1");
+  request.code = 47;
+  request.user = officer;
+  request.requestId = QUuid::createUuid().toString(QUuid::WithoutBraces);
+  request.params = {
+      {QStringLiteral("MARVENTO"), QStringLiteral("key:REF_NBR"), QStringLiteral("="), planNumber(size)},
+      {QStringLiteral("MARVENTO"), QStringLiteral("key:REF_TYP_CD"), QStringLiteral("="), kPlanType}};
+  return request;
+}
+
+// Runs the inquiry's statements raw and reads every value; returns the receivable rows read.
+int readRaw(const QSqlDatabase& db, int size) {
+  int rows = 0;
+  for (const QString& sql : {kReceivablesSql, kReceiptsSql}) {
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    query.prepare(sql);
+    for (const QVariant& value : {QVariant(kPlanType), QVariant(planNumber(size)), QVariant(kPlanType),
+                                  QVariant(planNumber(size))}) {
+      query.addBindValue(value);
+    }
+    if (!query.exec()) {
+      die(query.lastError().text());
+    }
+    const int columns = query.record().count();
+    while (query.next()) {
+      for (int i = 0; i < columns; ++i) {
+        QVariant value = query.value(i);
+        benchmark::DoNotOptimize(value);
+      }
+      if (sql == kReceivablesSql) {
+        ++rows;
+      }
+    }
+  }
+  return rows;
+}
+
+// --- the embedded link on SQLite -------------------------------------------------------------------------------
+
+struct EmbeddedBench {
+  QTemporaryDir dir;
+  QString officer;
+  std::unique_ptr<host::EmbeddedLink> link;
+  QString rawConnection = QStringLiteral("bench-raw");
+};
+
+EmbeddedBench& embedded() {
+  static EmbeddedBench* bench = [] {
+    auto* b = new EmbeddedBench;
+    host::DatabaseOptions options;
+    options.databaseName = b->dir.filePath(QStringLiteral("adjustacc.sqlite"));
+    if (auto opened = host::openDatabase(options, b->rawConnection); !opened.ok()) {
+      die(opened.error());
+    }
+    if (auto schema = host::createSchema(b->rawConnection); !schema.ok()) {
+      die(schema.error());
+    }
+    if (auto demo = host::loadDemoData(b->rawConnection, QDate::currentDate()); !demo.ok()) {
+      die(demo.error());
+    }
+    addBenchmarkAccounts(b->rawConnection, kAccountSizes);
+    b->officer = firstOfficer(b->rawConnection);
+    host::EmbeddedLinkOptions linkOptions;
+    linkOptions.dataFolder = b->dir.path();
+    linkOptions.officerId = b->officer;
+    b->link = std::make_unique<host::EmbeddedLink>(linkOptions);
+    return b;
+  }();
+  return *bench;
+}
+
+void BM_EmbeddedInquiry(benchmark::State& state) {
+  EmbeddedBench& bench = embedded();
+  const int size = static_cast<int>(state.range(0));
+  const Request request = accountInquiry(bench.officer, size);
+  QEventLoop loop;
+  Reply last;
+  const auto connection = QObject::connect(bench.link.get(), &messaging::HostLink::replyReady, &loop,
+                                           [&](const Reply& reply) {
+                                             last = reply;
+                                             loop.quit();
+                                           });
+  for (auto _ : state) {
+    bench.link->submit(request);
+    loop.exec();
+    if (!last.ok()) {
+      state.SkipWithError(qPrintable(last.error));
+      break;
+    }
+    const messaging::RecordSet* receivables = last.section(QStringLiteral("ACNTSRCVBL"));
+    if (!receivables || receivables->recordCount() != size) {
+      state.SkipWithError("the reply does not hold the account's receivables");
+      break;
+    }
+  }
+  QObject::disconnect(connection);
+  state.SetItemsProcessed(state.iterations() * size);
+}
+
+void BM_RawSqlInquiry(benchmark::State& state) {
+  EmbeddedBench& bench = embedded();
+  const int size = static_cast<int>(state.range(0));
+  const QSqlDatabase db = QSqlDatabase::database(bench.rawConnection, false);
+  for (auto _ : state) {
+    if (readRaw(db, size) != size) {
+      state.SkipWithError("the raw query does not find the account's receivables");
+      break;
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * size);
+}
+
+// The host system alone, on the calling thread: what the link adds is the difference to the embedded run.
+void BM_HandleInquiry(benchmark::State& state) {
+  EmbeddedBench& bench = embedded();
+  const int size = static_cast<int>(state.range(0));
+  host::HostSystem system(bench.rawConnection);
+  const Request request = accountInquiry(bench.officer, size);
+  for (auto _ : state) {
+    const Reply reply = system.handle(request, bench.officer);
+    if (!reply.ok()) {
+      state.SkipWithError(qPrintable(reply.error));
+      break;
+    }
+    benchmark::DoNotOptimize(reply.sections);
+  }
+  state.SetItemsProcessed(state.iterations() * size);
+}
+
+BENCHMARK(BM_EmbeddedInquiry)->Name("host_inquiry/embedded")->Arg(10)->Arg(1000)->Arg(50000)->UseRealTime()
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_HandleInquiry)->Name("host_inquiry/handle")->Arg(10)->Arg(1000)->Arg(50000)->UseRealTime()
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_RawSqlInquiry)->Name("host_inquiry/raw_sql")->Arg(10)->Arg(1000)->Arg(50000)->UseRealTime()
+    ->Unit(benchmark::kMicrosecond);
+
+// Keeps the real time per iteration of every run, for the ratio lines.
+class RecordingReporter : public benchmark::ConsoleReporter {
+public:
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      if (run.run_type == Run::RT_Iteration && !run.error_occurred && run.iterations > 0) {
+        std::string name = run.benchmark_name();
+        const std::string realTime = "/real_time";
+        if (name.size() > realTime.size() && name.compare(name.size() - realTime.size(), realTime.size(), realTime) == 0) {
+          name.resize(name.size() - realTime.size());
+        }
+        seconds[name] = run.real_accumulated_time / static_cast<double>(run.iterations);
+      }
+    }
+    ConsoleReporter::ReportRuns(runs);
+  }
+  std::optional<double> ratio(const std::string& ours, const std::string& anchor) const {
+    const auto a = seconds.find(ours);
+    const auto b = seconds.find(anchor);
+    if (a == seconds.end() || b == seconds.end() || b->second <= 0) {
+      return std::nullopt;
+    }
+    return a->second / b->second;
+  }
+  std::map<std::string, double> seconds;
+};
+
+// --- the service on PostgreSQL ----------------------------------------------------------------------------------
+
+constexpr int kClients = 4;
+constexpr int kWarmUpRequests = 100;
+constexpr int kMaxRequests = 4000;
+constexpr qint64 kMaxMilliseconds = 8000;
+constexpr int kThroughputAccountSize = 10;
+
+struct Throughput {
+  double ours = 0;    // requests per second through the service
+  double direct = 0;  // the same statements per second straight to PostgreSQL
+  QString skipped;    // why it was not measured
+};
+
+// The PostgreSQL server to use: ADJUSTACC_TEST_PG, or a throwaway cluster started here (stopped again on return).
+class PostgresServer {
+public:
+  PostgresServer() {
+    m_connection = qEnvironmentVariable("ADJUSTACC_TEST_PG");
+    if (!m_connection.isEmpty()) {
+      return;
+    }
+    QProcess script;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("ADJUSTACC_PG_PORT"), QStringLiteral("55491"));
+    environment.insert(QStringLiteral("ADJUSTACC_PG_DIR"), QStringLiteral("/tmp/adjustacc-bench-pg"));
+    script.setProcessEnvironment(environment);
+    script.start(m_script, {QStringLiteral("start")});
+    if (!script.waitForFinished(120000) || script.exitStatus() != QProcess::NormalExit || script.exitCode() != 0) {
+      m_problem = QStringLiteral("no PostgreSQL: %1").arg(QString::fromLocal8Bit(script.readAllStandardError()).trimmed());
+      return;
+    }
+    m_connection = QString::fromLocal8Bit(script.readAllStandardOutput()).trimmed();
+    m_started = true;
+  }
+  ~PostgresServer() {
+    if (m_started) {
+      QProcess script;
+      QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+      environment.insert(QStringLiteral("ADJUSTACC_PG_PORT"), QStringLiteral("55491"));
+      environment.insert(QStringLiteral("ADJUSTACC_PG_DIR"), QStringLiteral("/tmp/adjustacc-bench-pg"));
+      script.setProcessEnvironment(environment);
+      script.start(m_script, {QStringLiteral("stop")});
+      script.waitForFinished(60000);
+    }
+  }
+  PostgresServer(const PostgresServer&) = delete;
+  PostgresServer& operator=(const PostgresServer&) = delete;
+  const QString& connection() const { return m_connection; }
+  const QString& problem() const { return m_problem; }
+
+private:
+  const QString m_script = QStringLiteral(ADJUSTACC_SOURCE_DIR "/scripts/pg-test-cluster.sh");
+  QString m_connection;
+  QString m_problem;
+  bool m_started = false;
+};
+
+// Clients keep `kClients` inquiries in flight through remote links until the count or the time is used up.
+double serviceThroughput(const QUrl& url, const QString& token, const QString& officer, int count, QString* error) {
+  std::vector<std::unique_ptr<messaging::RemoteLink>> links;
+  QEventLoop loop;
+  int sent = 0;
+  int answered = 0;
+  QElapsedTimer clock;
+  clock.start();
+  for (int i = 0; i < kClients; ++i) {
+    links.push_back(std::make_unique<messaging::RemoteLink>(url, token));
+    messaging::RemoteLink* link = links.back().get();
+    QObject::connect(link, &messaging::HostLink::replyReady, &loop, [&, link](const Reply& reply) {
+      ++answered;
+      if (!reply.ok() && error->isEmpty()) {
+        *error = reply.error;
+      }
+      if (sent < count && clock.elapsed() < kMaxMilliseconds && error->isEmpty()) {
+        ++sent;
+        link->submit(accountInquiry(officer, kThroughputAccountSize));
+      } else if (answered == sent) {
+        loop.quit();
+      }
+    });
+  }
+  for (const auto& link : links) {
+    ++sent;
+    link->submit(accountInquiry(officer, kThroughputAccountSize));
+  }
+  loop.exec();
+  return answered / (static_cast<double>(clock.nsecsElapsed()) / 1e9);
+}
+
+// `kClients` threads, each with its own connection, run the inquiry's statements until the count or time is used.
+double directThroughput(const host::DatabaseOptions& options, int count) {
+  std::atomic<int> remaining{count};
+  std::atomic<int> done{0};
+  std::atomic<bool> failed{false};
+  QElapsedTimer clock;
+  clock.start();
+  std::vector<QThread*> threads;
+  for (int i = 0; i < kClients; ++i) {
+    threads.push_back(QThread::create([&, i] {
+      const QString name = QStringLiteral("bench-direct-%1").arg(i);
+      if (!host::openDatabase(options, name).ok()) {
+        failed = true;
+        return;
+      }
+      {
+        const QSqlDatabase db = QSqlDatabase::database(name, false);
+        while (remaining.fetch_sub(1) > 0 && clock.elapsed() < kMaxMilliseconds) {
+          readRaw(db, kThroughputAccountSize);
+          ++done;
+        }
+      }
+      QSqlDatabase::database(name, false).close();
+      QSqlDatabase::removeDatabase(name);
+    }));
+    threads.back()->start();
+  }
+  for (QThread* thread : threads) {
+    thread->wait();
+    delete thread;
+  }
+  if (failed) {
+    return 0;
+  }
+  return done / (static_cast<double>(clock.nsecsElapsed()) / 1e9);
+}
+
+Throughput daemonThroughput() {
+  Throughput result;
+  PostgresServer server;
+  if (server.connection().isEmpty()) {
+    result.skipped = server.problem();
+    return result;
+  }
+  auto parsed = host::DatabaseOptions::fromPostgresConnectionString(server.connection());
+  if (!parsed.ok()) {
+    result.skipped = parsed.error();
+    return result;
+  }
+  host::DatabaseOptions options = parsed.value();
+  options.schema = QStringLiteral("bench_") + QUuid::createUuid().toString(QUuid::Id128).left(12);
+
+  const QString admin = QStringLiteral("bench-pg-admin");
+  QString officer;
+  QString token;
+  {
+    if (auto opened = host::openDatabase(options, admin); !opened.ok()) {
+      result.skipped = opened.error();
+      return result;
+    }
+    if (auto schema = host::createSchema(admin); !schema.ok()) {
+      die(schema.error());
+    }
+    if (auto demo = host::loadDemoData(admin, QDate::currentDate()); !demo.ok()) {
+      die(demo.error());
+    }
+    addBenchmarkAccounts(admin, {kThroughputAccountSize});
+    officer = firstOfficer(admin);
+    host::TokenStore tokens(admin);
+    if (!tokens.ensureTable().ok()) {
+      die(QStringLiteral("no token table"));
+    }
+    token = tokens.issue(officer)->token;
+  }
+
+  // The service on a thread of its own, as in the daemon, so that the clients do not share its event loop.
+  QThread serviceThread;
+  QObject anchor;
+  anchor.moveToThread(&serviceThread);
+  serviceThread.start();
+  host::HttpService* service = nullptr;
+  quint16 port = 0;
+  QMetaObject::invokeMethod(
+      &anchor,
+      [&] {
+        host::HttpServiceOptions serviceOptions;
+        serviceOptions.database = options;
+        serviceOptions.workers = kClients;
+        service = new host::HttpService(serviceOptions);
+        const auto bound = service->listen(QHostAddress::LocalHost, 0);
+        port = bound.ok() ? bound.value() : 0;
+      },
+      Qt::BlockingQueuedConnection);
+  if (port == 0) {
+    die(QStringLiteral("the service could not listen"));
+  }
+  const QUrl url(QStringLiteral("http://127.0.0.1:%1").arg(port));
+
+  QString error;
+  serviceThroughput(url, token, officer, kWarmUpRequests, &error);
+  directThroughput(options, kWarmUpRequests);
+  result.ours = serviceThroughput(url, token, officer, kMaxRequests, &error);
+  result.direct = directThroughput(options, kMaxRequests);
+  if (!error.isEmpty()) {
+    result.skipped = QStringLiteral("the service failed a request: ") + error;
+  }
+
+  QMetaObject::invokeMethod(&anchor, [&] { delete service; }, Qt::BlockingQueuedConnection);
+  serviceThread.quit();
+  serviceThread.wait();
+  {
+    QSqlQuery drop(QSqlDatabase::database(admin, false));
+    drop.exec(QStringLiteral("DROP SCHEMA IF EXISTS %1 CASCADE").arg(options.schema));
+  }
+  QSqlDatabase::database(admin, false).close();
+  QSqlDatabase::removeDatabase(admin);
+  return result;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QCoreApplication app(argc, argv);
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+    return 1;
+  }
+  QLoggingCategory::setFilterRules(QStringLiteral("adjustacc.host.*.info=false"));
+  RecordingReporter reporter;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+  embedded().link.reset();
+
+  const Throughput throughput = daemonThroughput();
+  if (throughput.skipped.isEmpty()) {
+    std::printf("daemon_throughput: service %.0f requests/s, direct PostgreSQL %.0f requests/s (%d clients, "
+                "%d-row account)\n",
+                throughput.ours, throughput.direct, kClients, kThroughputAccountSize);
+  } else {
+    std::printf("daemon_throughput skipped: %s\n", qPrintable(throughput.skipped));
+  }
+  for (int size : kAccountSizes) {
+    const std::string n = std::to_string(size);
+    if (const auto r = reporter.ratio(std::string("host_inquiry/embedded/").append(n),
+                                      std::string("host_inquiry/raw_sql/").append(n))) {
+      std::printf("host_inquiry_%d embedded over raw SQL: %.2f\n", size, *r);
+    }
+    if (const auto r = reporter.ratio(std::string("host_inquiry/handle/").append(n),
+                                      std::string("host_inquiry/raw_sql/").append(n))) {
+      std::printf("host_inquiry_%d host system alone over raw SQL: %.2f\n", size, *r);
+    }
+  }
+
+  // Ratio lines last.
+  if (const auto r = reporter.ratio("host_inquiry/embedded/1000", "host_inquiry/raw_sql/1000")) {
+    std::printf("ratio host_inquiry_1000 %.3f\n", *r);
+  } else {
+    std::printf("ratio host_inquiry_1000 skipped\n");
+  }
+  if (throughput.skipped.isEmpty() && throughput.direct > 0) {
+    std::printf("ratio daemon_throughput %.3f\n", throughput.ours / throughput.direct);
+  } else {
+    std::printf("ratio daemon_throughput skipped\n");
+  }
+  std::fflush(stdout);
+  benchmark::Shutdown();
+  return 0;
+}

@@ -1,0 +1,378 @@
+// Inquiries about accounts and customers: the account's receivables and receipts, the assessments of one
+// receivable, a customer's forms of a type, the customer search, code tables and officers.
+#include "handlers.h"
+#include "requestcheck.h"
+
+#include "messaging/formnumber.h"
+
+namespace adjustacc::host {
+
+using messaging::RecordSet;
+using messaging::Result;
+
+namespace {
+
+const SectionBuilder& receivablesBuilder() {
+  static const SectionBuilder builder(
+      QStringLiteral("ACNTSRCVBL"),
+      {{u"CUST_NAME"}, {u"ACCT_RCVBL_NBR"}, {u"ACCT_RCVBL_CK_NBR"}, {u"STP_DT", Cell::Day},
+       {u"ORIG_ASSMT_AMT", Cell::Money}, {u"LTE_FEE_AMT", Cell::Money}, {u"ACRD_INTRST_AMT", Cell::Money},
+       {u"ACCT_RCVBL_DUE_AMT", Cell::Money}, {u"ACCT_RCVBL_BAL_AMT", Cell::Money}, {u"ACCT_STTS_CD"},
+       {u"ACCT_RCVBL_TYP_CD"}, {u"ACTV_STTS_CD"}, {u"CASE_ID"}, {u"CUST_ID"}, {u"ROW_VRSN_NBR"}});
+  return builder;
+}
+
+const QString kReceivableColumns = QStringLiteral(
+    "SELECT c.CUST_NM, a.ACCT_RCVBL_NBR, a.ACCT_RCVBL_CK_NBR, a.STP_DT, a.ORIG_ASSMT_AMT, a.LTE_FEE_AMT, "
+    "a.ACRD_INTRST_AMT, a.ACCT_RCVBL_DUE_AMT, a.ACCT_RCVBL_BAL_AMT, a.ACCT_STTS_CD, a.ACCT_RCVBL_TYP_CD, "
+    "a.ACTV_STTS_CD, a.CASE_ID, a.CUST_ID, a.ROW_VRSN_NBR "
+    "FROM ACCT_RCVBL a JOIN CUSTOMER c ON c.CUST_ID = a.CUST_ID ");
+
+const SectionBuilder& receiptsBuilder() {
+  static const SectionBuilder builder(
+      QStringLiteral("RECEIPT"), {{u"RCPT_DT", Cell::Day}, {u"RCPT_NBR"}, {u"RCPT_STTS_CD"},
+                                  {u"TOT_PYMT_AMT", Cell::Money}, {u"OVR_PYMT_AMT", Cell::Money}, {u"CUST_ID"},
+                                  {u"CNFRMTN_NBR"}, {u"ROW_VRSN_NBR"}});
+  return builder;
+}
+
+// The receipt list shows the whole excess of each receipt (null when it had none).
+const QString kReceiptColumns = QStringLiteral(
+    "SELECT r.RCPT_DT, r.RCPT_NBR, r.RCPT_STTS_CD, r.TOT_PYMT_AMT, "
+    "(SELECT SUM(o.OVR_PYMT_AMT) FROM OVR_PYMT o WHERE o.RCPT_NBR = r.RCPT_NBR), "
+    "r.CUST_ID, r.CNFRMTN_NBR, r.ROW_VRSN_NBR FROM RCPT r ");
+
+// An account is every receivable filed under the reference (a form, a payment plan, an alert) or carrying
+// that number itself.
+const QString kAccountCondition = QStringLiteral("(a.REF_TYP_CD = ? AND a.REF_NBR = ?) OR "
+                                                 "(a.ACCT_RCVBL_TYP_CD = ? AND a.ACCT_RCVBL_NBR = ?)");
+
+QString checkCode(const QString& key, const QString& value) {
+  if (value.isEmpty() || value.size() > limits::kMaxCodeChars) {
+    return QStringLiteral("Parameter %1 must hold a code of 1 to %2 characters.").arg(key).arg(limits::kMaxCodeChars);
+  }
+  for (const QChar c : value) {
+    if (!(c.isLetterOrNumber() && c.unicode() < 128) && c != u'-' && c != u'_') {
+      return QStringLiteral("Parameter %1: \"%2\" is not a code.").arg(key, value);
+    }
+  }
+  return {};
+}
+
+// The reference of the account to open: its type and its number as stored.
+struct AccountReference {
+  QString type;
+  QString number;
+};
+
+Result<AccountReference> readReference(const Context& context, const QString& numberKey, const QString& typeKey) {
+  using R = Result<AccountReference>;
+  AccountReference reference;
+  reference.type = context.param(typeKey).toUpper();
+  if (const QString problem = checkCode(typeKey, reference.type); !problem.isEmpty()) {
+    return R::failure(problem);
+  }
+  const QString typed = context.param(numberKey);
+  if (reference.type == kCheckNumberType) {
+    // A check number is any letters and digits, as printed on the check.
+    if (typed.isEmpty() || typed.size() > 30) {
+      return R::failure(QStringLiteral("A check number has 1 to 30 letters and digits."));
+    }
+    for (const QChar c : typed) {
+      if (!(c.isLetterOrNumber() && c.unicode() < 128)) {
+        return R::failure(QStringLiteral("Check number \"%1\" may hold only letters and digits.").arg(typed));
+      }
+    }
+    reference.number = typed.toUpper();
+    return reference;
+  }
+  const std::optional<AccountNumber> number = parseAccountNumber(typed);
+  if (!number) {
+    return R::failure(QStringLiteral("Account Number \"%1\" is Invalid: up to seven digits are expected, "
+                                     "optionally followed by \"-\" and the check digit.")
+                          .arg(typed));
+  }
+  if (!number->checkDigit.isEmpty()) {
+    const QString written = number->digits + u'-' + number->checkDigit;
+    const messaging::FormNumberProblem problem = messaging::checkFormNumber(written);
+    if (problem != messaging::FormNumberProblem::None) {
+      return R::failure(messaging::formNumberProblemText(problem, written));
+    }
+  }
+  reference.number = number->digits;
+  return reference;
+}
+
+}  // namespace
+
+Result<RecordSet> receivableSection(const Sql& sql, qint64 receivableId) {
+  return receivablesBuilder().run(sql, kReceivableColumns + QStringLiteral("WHERE a.ACCT_RCVBL_ID = ?"),
+                                  {receivableId});
+}
+
+Outcome accountInquiry(const Context& context) {
+  const QString kind = QStringLiteral("The account inquiry");
+  if (const QString problem =
+          checkParams(context.request, kind, {QStringLiteral("key:REF_NBR"), QStringLiteral("key:REF_TYP_CD")});
+      !problem.isEmpty()) {
+    return refuse(problem);
+  }
+  Result<AccountReference> reference =
+      readReference(context, QStringLiteral("key:REF_NBR"), QStringLiteral("key:REF_TYP_CD"));
+  if (!reference) {
+    return refuse(reference.error());
+  }
+  const AccountReference& ref = reference.value();
+  Sections sections;
+  QString error;
+  if (ref.type == kCheckNumberType) {
+    if (!receivablesBuilder().addTo(
+            sections, context.sql,
+            kReceivableColumns + QStringLiteral("WHERE a.ACCT_RCVBL_ID IN (SELECT p.ACCT_RCVBL_ID FROM PYMT p "
+                                                "JOIN FUND f ON f.RCPT_NBR = p.RCPT_NBR WHERE f.FUND_RFRNC_NBR = ?) "
+                                                "ORDER BY a.CUST_ID, a.ACCT_RCVBL_NBR"),
+            {ref.number}, error) ||
+        !receiptsBuilder().addTo(sections, context.sql,
+                                 kReceiptColumns + QStringLiteral("WHERE r.RCPT_NBR IN (SELECT f.RCPT_NBR FROM FUND f "
+                                                                  "WHERE f.FUND_RFRNC_NBR = ?) ORDER BY r.RCPT_NBR"),
+                                 {ref.number}, error)) {
+      return refuse(error);
+    }
+    return sections;
+  }
+  const QVariantList values = {ref.type, ref.number, ref.type, ref.number};
+  if (!receivablesBuilder().addTo(sections, context.sql,
+                                  kReceivableColumns + QStringLiteral("WHERE ") + kAccountCondition +
+                                      QStringLiteral(" ORDER BY a.CUST_ID, a.ACCT_RCVBL_NBR"),
+                                  values, error) ||
+      !receiptsBuilder().addTo(sections, context.sql,
+                               kReceiptColumns +
+                                   QStringLiteral("WHERE r.RCPT_NBR IN (SELECT p.RCPT_NBR FROM PYMT p JOIN ACCT_RCVBL a "
+                                                  "ON a.ACCT_RCVBL_ID = p.ACCT_RCVBL_ID WHERE ") +
+                                   kAccountCondition + QStringLiteral(") ORDER BY r.RCPT_NBR"),
+                               values, error)) {
+    return refuse(error);
+  }
+  return sections;
+}
+
+// --- assessments --------------------------------------------------------------------------------------------
+
+namespace {
+
+const SectionBuilder& assessmentBuilder() {
+  static const SectionBuilder builder(
+      QStringLiteral("ASSESSMENT"),
+      {{u"VLTN_ASSMT_STTS_CD"}, {u"VLTN_ASSMT_SEQ_NBR"}, {u"TRNSCTN_NBR"}, {u"CUST_ID"}, {u"CUST_NM"},
+       {u"ASSMT_ISSUE_DT", Cell::Day}, {u"ADJSTMT_DT", Cell::Day}, {u"ASSMT_CD"}, {u"LIC_PRCHS_OPTN_IND"},
+       {u"AC_ASMT_AMT", Cell::Money}, {u"CL_ASMT_AMT", Cell::Money}, {u"BAL_DUE_AMT", Cell::Money},
+       {u"STTS_IND"}, {u"ASSMT_TYP_CD"}, {u"ROW_VRSN_NBR"}});
+  return builder;
+}
+
+}  // namespace
+
+Result<RecordSet> assessmentSection(const Sql& sql, qint64 receivableId) {
+  return assessmentBuilder().run(
+      sql,
+      QStringLiteral("SELECT s.VLTN_ASSMT_STTS_CD, s.VLTN_ASSMT_SEQ_NBR, s.TRNSCTN_NBR, s.CUST_ID, c.CUST_NM, "
+                     "s.ASSMT_ISSUE_DT, s.ADJSTMT_DT, s.ASSMT_CD, s.LIC_PRCHS_OPTN_IND, s.AC_ASMT_AMT, s.CL_ASMT_AMT, "
+                     "s.BAL_DUE_AMT, s.STTS_IND, s.ASSMT_TYP_CD, s.ROW_VRSN_NBR "
+                     "FROM VLTN_ASSMT s JOIN CUSTOMER c ON c.CUST_ID = s.CUST_ID WHERE s.ACCT_RCVBL_ID = ? "
+                     "ORDER BY s.ASSMT_CD, s.ASSMT_ISSUE_DT, s.VLTN_ASSMT_SEQ_NBR"),
+      {receivableId});
+}
+
+Outcome assessmentInquiry(const Context& context) {
+  const QString kind = QStringLiteral("The assessment inquiry");
+  if (const QString problem = checkParams(context.request, kind,
+                                          {QStringLiteral("key:REF_NBR"), QStringLiteral("key:REF_TYP_CD"),
+                                           QStringLiteral("key:LPO")});
+      !problem.isEmpty()) {
+    return refuse(problem);
+  }
+  if (context.param(QStringLiteral("key:LPO")).toUpper() != u"NO") {
+    return refuse(QStringLiteral("The assessment inquiry takes key:LPO = NO."));
+  }
+  Result<AccountReference> reference =
+      readReference(context, QStringLiteral("key:REF_NBR"), QStringLiteral("key:REF_TYP_CD"));
+  if (!reference) {
+    return refuse(reference.error());
+  }
+  Result<qint64> id = context.sql.scalar(
+      QStringLiteral("SELECT ACCT_RCVBL_ID FROM ACCT_RCVBL WHERE ACCT_RCVBL_TYP_CD = ? AND ACCT_RCVBL_NBR = ?"),
+      {reference->type, reference->number}, 0);
+  if (!id) {
+    return refuse(id.error());
+  }
+  Sections sections;
+  if (id.value() == 0) {
+    sections.insert(assessmentBuilder().sectionName(), assessmentBuilder().empty());
+    return sections;
+  }
+  Result<RecordSet> assessments = assessmentSection(context.sql, id.value());
+  if (!assessments) {
+    return refuse(assessments.error());
+  }
+  sections.insert(assessmentBuilder().sectionName(), std::move(assessments.value()));
+  return sections;
+}
+
+// --- a customer's forms ---------------------------------------------------------------------------------------
+
+Outcome customerFormsInquiry(const Context& context) {
+  static const SectionBuilder builder(
+      QStringLiteral("CUSTOMERFORM"),
+      {{u"FORM_CK_DGT_NBR"}, {u"FORM_NBR"}, {u"STP_DT", Cell::Day}, {u"ASSMT_DUE_AMT", Cell::Money},
+       {u"ORIG_ASSMT_AMT", Cell::Money}, {u"FORM_TYP_CD"}, {u"CTTN_STTS_CD"}, {u"BAL_DUE", Cell::Money},
+       {u"LST_PYMT_DT", Cell::Day}});
+  const QString kind = QStringLiteral("The customer's accounts inquiry");
+  if (const QString problem =
+          checkParams(context.request, kind, {QStringLiteral("key:CUST_ID"), QStringLiteral("key:REF_TYP_CD")});
+      !problem.isEmpty()) {
+    return refuse(problem);
+  }
+  const QString customer = context.param(QStringLiteral("key:CUST_ID")).toUpper();
+  const QString type = context.param(QStringLiteral("key:REF_TYP_CD")).toUpper();
+  if (const QString problem = checkCode(QStringLiteral("key:CUST_ID"), customer); !problem.isEmpty()) {
+    return refuse(problem);
+  }
+  if (const QString problem = checkCode(QStringLiteral("key:REF_TYP_CD"), type); !problem.isEmpty()) {
+    return refuse(problem);
+  }
+  // The Select Account box offers the status codes (CSTATUS) as well as form types, so the code chosen
+  // selects the forms of that type or in that status.
+  Sections sections;
+  QString error;
+  if (!builder.addTo(sections, context.sql,
+                     QStringLiteral("SELECT a.ACCT_RCVBL_CK_NBR, a.ACCT_RCVBL_NBR, a.STP_DT, a.ACCT_RCVBL_DUE_AMT, "
+                                    "a.ORIG_ASSMT_AMT, a.ACCT_RCVBL_TYP_CD, a.ACCT_STTS_CD, a.ACCT_RCVBL_BAL_AMT, "
+                                    "(SELECT MAX(p.PYMT_DT) FROM PYMT p WHERE p.ACCT_RCVBL_ID = a.ACCT_RCVBL_ID "
+                                    "AND p.ACTVTY_STTS_CD IS NULL) "
+                                    "FROM ACCT_RCVBL a WHERE a.CUST_ID = ? AND (a.ACCT_RCVBL_TYP_CD = ? OR "
+                                    "a.ACCT_STTS_CD = ?) ORDER BY a.STP_DT, a.ACCT_RCVBL_NBR"),
+                     {customer, type, type}, error)) {
+    return refuse(error);
+  }
+  return sections;
+}
+
+// --- customer search --------------------------------------------------------------------------------------------
+
+Outcome customerSearch(const Context& context) {
+  static const SectionBuilder builder(QStringLiteral("CUSTOMER"), {{u"CUST_ID"}, {u"CUST_NM"}, {u"ADDR_1"},
+                                                                   {u"ADDR_2"}, {u"CITY"}, {u"STATE"}, {u"ZIP"},
+                                                                   {u"ALERT_IND"}});
+  const QString kind = QStringLiteral("The customer search");
+  if (const QString problem =
+          checkParams(context.request, kind, {}, {QStringLiteral("key:CUST_ID"), QStringLiteral("key:CUST_NM")});
+      !problem.isEmpty()) {
+    return refuse(problem);
+  }
+  const QString id = context.param(QStringLiteral("key:CUST_ID")).toUpper();
+  const QString name = context.param(QStringLiteral("key:CUST_NM")).toUpper();
+  if (id.isEmpty() == name.isEmpty()) {
+    return refuse(QStringLiteral("The customer search takes either key:CUST_ID or key:CUST_NM (part of the name)."));
+  }
+  const QString columns = QStringLiteral("SELECT CUST_ID, CUST_NM, ADDR_1, ADDR_2, CITY, STATE, ZIP, ALERT_IND "
+                                         "FROM CUSTOMER ");
+  Sections sections;
+  QString error;
+  if (!id.isEmpty()) {
+    if (!builder.addTo(sections, context.sql, columns + QStringLiteral("WHERE CUST_ID = ?"), {id}, error)) {
+      return refuse(error);
+    }
+    return sections;
+  }
+  if (name.size() < 2) {
+    return refuse(QStringLiteral("Enter at least two letters of the customer's name."));
+  }
+  QString pattern = name;
+  pattern.replace(u'\\', QStringLiteral("\\\\")).replace(u'%', QStringLiteral("\\%")).replace(u'_', QStringLiteral("\\_"));
+  if (!builder.addTo(sections, context.sql,
+                     columns + QStringLiteral("WHERE UPPER(CUST_NM) LIKE ? ESCAPE '\\' ORDER BY CUST_NM, CUST_ID "
+                                              "LIMIT 200"),
+                     {u'%' + pattern + u'%'}, error)) {
+    return refuse(error);
+  }
+  return sections;
+}
+
+// --- code tables -------------------------------------------------------------------------------------------------
+
+Outcome codeTableInquiry(const Context& context) {
+  static const SectionBuilder builder(QStringLiteral("QVR_CODE"),
+                                      {{u"CD_TBL_ID"}, {u"CD_TBL_CD"}, {u"CD_TBL_DES"}, {u"EFCTV_DT", Cell::Day},
+                                       {u"END_DT", Cell::Day}, {u"REGION"}});
+  const QString kind = QStringLiteral("The code table inquiry");
+  if (const QString problem = checkParams(context.request, kind, {QStringLiteral("key:CD_TBL_ID")},
+                                          {QStringLiteral("key:REGION"), QStringLiteral("key:AS_OF_DT")});
+      !problem.isEmpty()) {
+    return refuse(problem);
+  }
+  const QString table = context.param(QStringLiteral("key:CD_TBL_ID")).toUpper();
+  if (const QString problem = checkCode(QStringLiteral("key:CD_TBL_ID"), table); !problem.isEmpty()) {
+    return refuse(problem);
+  }
+  QString region = context.param(QStringLiteral("key:REGION")).toUpper();
+  if (region.isEmpty()) {
+    region = context.officer.region;
+  } else if (const QString problem = checkCode(QStringLiteral("key:REGION"), region); !problem.isEmpty()) {
+    return refuse(problem);
+  }
+  QDate day = context.today;
+  if (const QString asOf = context.param(QStringLiteral("key:AS_OF_DT")); !asOf.isEmpty()) {
+    const std::optional<QDate> parsed = parseIsoDay(asOf);
+    if (!parsed) {
+      return refuse(QStringLiteral("Parameter key:AS_OF_DT \"%1\" is not a date written yyyy-mm-dd.").arg(asOf));
+    }
+    day = *parsed;
+  }
+  Sections sections;
+  QString error;
+  const QVariant dayValue = context.sql.date(day);
+  if (!builder.addTo(sections, context.sql,
+                     QStringLiteral("SELECT CD_TBL_ID, CD_TBL_CD, CD_TBL_DES, EFCTV_DT, END_DT, REGION FROM QVR_CODE "
+                                    "WHERE REGION = ? AND CD_TBL_ID = ? AND EFCTV_DT <= ? AND "
+                                    "(END_DT IS NULL OR END_DT >= ?) ORDER BY CD_TBL_CD"),
+                     {region, table, dayValue, dayValue}, error)) {
+    return refuse(error);
+  }
+  return sections;
+}
+
+// --- officers ------------------------------------------------------------------------------------------------------
+
+Outcome officerInquiry(const Context& context) {
+  static const SectionBuilder officers(QStringLiteral("OFFICER"), {{u"OFFICER_ID"}, {u"OFFICER_NM"}, {u"REGION"}});
+  static const SectionBuilder rightsHeld(QStringLiteral("RIGHTS"), {{u"RIGHT_NM"}});
+  const QString kind = QStringLiteral("The officer inquiry");
+  if (const QString problem = checkParams(context.request, kind, {}, {QStringLiteral("key:OFFICER_ID")});
+      !problem.isEmpty()) {
+    return refuse(problem);
+  }
+  QString id = context.param(QStringLiteral("key:OFFICER_ID")).toUpper();
+  if (id.isEmpty()) {
+    id = context.officer.id;
+  } else if (const QString problem = checkCode(QStringLiteral("key:OFFICER_ID"), id); !problem.isEmpty()) {
+    return refuse(problem);
+  }
+  Sections sections;
+  QString error;
+  if (!officers.addTo(sections, context.sql,
+                      QStringLiteral("SELECT OFFICER_ID, OFFICER_NM, REGION FROM OFFICER WHERE OFFICER_ID = ?"), {id},
+                      error)) {
+    return refuse(error);
+  }
+  // Only officers themselves learn which rights they hold.
+  if (id == context.officer.id) {
+    if (!rightsHeld.addTo(sections, context.sql,
+                          QStringLiteral("SELECT RIGHT_NM FROM OFFICER_RIGHT WHERE OFFICER_ID = ? ORDER BY RIGHT_NM"),
+                          {id}, error)) {
+      return refuse(error);
+    }
+  }
+  return sections;
+}
+
+}  // namespace adjustacc::host

@@ -1,0 +1,86 @@
+#pragma once
+// What every request handler works with: the connection, the officer who asks, the clock and the request;
+// and what it answers: named reply sections, or the text of a refusal.
+
+#include "audit.h"
+#include "rights.h"
+#include "sqlutil.h"
+
+#include "messaging/recordset.h"
+#include "messaging/request.h"
+#include "messaging/result.h"
+
+#include <QDate>
+#include <QDateTime>
+#include <QMap>
+#include <QSqlQuery>
+#include <QString>
+
+#include <initializer_list>
+#include <vector>
+
+namespace adjustacc::host {
+
+using Sections = QMap<QString, messaging::RecordSet>;
+using Outcome = messaging::Result<Sections>;
+
+struct Context {
+  const Sql& sql;
+  const Officer& officer;
+  QDate today;      // the agency's calendar day
+  QDateTime now;    // UTC, for time stamps
+  const messaging::Request& request;
+
+  WriteContext writeContext() const { return {officer.id, request.requestId, now}; }
+  QString param(const QString& key) const { return request.param(key).trimmed(); }
+};
+
+inline Outcome refuse(const QString& text) { return Outcome::failure(text); }
+
+// How a query column becomes a reply cell.
+enum class Cell {
+  Text,       // as stored (null stays null)
+  Money,      // whole cents -> "1234.50"
+  Day,        // "yyyy-mm-dd"
+  Timestamp,  // "yyyy-mm-dd HH:MM:SS"
+};
+
+struct Source {
+  const char16_t* field;
+  Cell cell = Cell::Text;
+};
+
+// Builds reply sections laid out exactly as the catalogue's reply layout of that name: the fields the
+// catalogue lists, in its order; the fields no source fills stay null (the screens fill descriptions).
+// Column i of the query feeds sources[i].
+class SectionBuilder {
+public:
+  SectionBuilder(const QString& layoutName, std::initializer_list<Source> sources);
+
+  // The section's name on the wire ("ACNTSRCVBL" for the layout "ACNTSRCVBL:PAYMENTS").
+  const QString& sectionName() const { return m_section; }
+  // An open, empty record set with the layout's fields.
+  messaging::RecordSet empty() const;
+  // Every row of the query, appended in order.
+  messaging::RecordSet build(QSqlQuery& query, int expectedRows = 0) const;
+  // Runs `statement` and builds from it.
+  messaging::Result<messaging::RecordSet> run(const Sql& sql, const QString& statement,
+                                              const QVariantList& values = {}, int expectedRows = 0) const;
+  // Adds a section from `statement` to `sections`; false (with `error`) when the statement failed.
+  bool addTo(Sections& sections, const Sql& sql, const QString& statement, const QVariantList& values,
+             QString& error) const;
+
+private:
+  QString m_section;
+  QList<messaging::Field> m_fields;
+  struct Slot {
+    int field;
+    Cell cell;
+  };
+  std::vector<Slot> m_slots;
+};
+
+// Layout mismatches met while building sections (a field the catalogue lacks): empty in a sound build.
+QStringList sectionBuilderProblems();
+
+}  // namespace adjustacc::host

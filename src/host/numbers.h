@@ -1,0 +1,21 @@
+#pragma once
+// Number series kept by the host: refund numbers handed to the screens, receipt and transaction numbers
+// for the rows the host makes itself.
+
+#include "audit.h"
+
+#include "messaging/result.h"
+
+#include <optional>
+
+namespace adjustacc::host {
+
+inline const QString kRefundNumbers = QStringLiteral("F");
+inline const QString kReceiptNumbers = QStringLiteral("R");
+inline const QString kTransactionNumbers = QStringLiteral("T");
+
+// Takes the next number of a series (audited); nothing when the series can give none now (switched off
+// or used up). An unknown series is an error.
+messaging::Result<std::optional<qint64>> takeNumber(AuditedWriter& writer, const QString& series);
+
+}  // namespace adjustacc::host

@@ -1,0 +1,231 @@
+#include "sqlutil.h"
+
+#include <QDateTime>
+#include <QSqlError>
+#include <QSqlRecord>
+
+namespace adjustacc::host {
+
+using messaging::Result;
+
+QString databaseFailureText(const QSqlQuery& query) {
+  const QSqlError error = query.lastError();
+  QString text = error.databaseText().trimmed();
+  if (text.isEmpty()) {
+    text = error.driverText().trimmed();
+  }
+  return QStringLiteral("The host's database refused the request: %1").arg(text);
+}
+
+Result<QSqlQuery> Sql::run(const QString& statement, const QVariantList& values) const {
+  QSqlQuery query(m_db);
+  query.setForwardOnly(true);
+  if (values.isEmpty()) {
+    // Statements without values run as they are: PostgreSQL can not prepare BEGIN, COMMIT or DDL.
+    if (!query.exec(statement)) {
+      m_lastError = query.lastError();
+      return Result<QSqlQuery>::failure(databaseFailureText(query));
+    }
+    return query;
+  }
+  if (!query.prepare(statement)) {
+    m_lastError = query.lastError();
+    return Result<QSqlQuery>::failure(databaseFailureText(query));
+  }
+  for (const QVariant& value : values) {
+    query.addBindValue(value);
+  }
+  if (!query.exec()) {
+    m_lastError = query.lastError();
+    return Result<QSqlQuery>::failure(databaseFailureText(query));
+  }
+  return query;
+}
+
+Result<QSqlQuery*> Sql::runPrepared(const QString& statement, const QVariantList& values) const {
+  std::shared_ptr<QSqlQuery>& slot = (*m_prepared)[statement];
+  if (!slot) {
+    auto query = std::make_shared<QSqlQuery>(m_db);
+    query->setForwardOnly(true);
+    if (!query->prepare(statement)) {
+      m_lastError = query->lastError();
+      const QString failure = databaseFailureText(*query);
+      m_prepared->remove(statement);
+      return Result<QSqlQuery*>::failure(failure);
+    }
+    slot = std::move(query);
+  }
+  QSqlQuery* query = slot.get();
+  query->finish();
+  for (int i = 0; i < values.size(); ++i) {
+    query->bindValue(i, values.at(i));
+  }
+  if (!query->exec()) {
+    m_lastError = query->lastError();
+    const QString failure = databaseFailureText(*query);
+    // A statement that no longer runs (the connection was reopened) is prepared afresh next time.
+    m_prepared->remove(statement);
+    return Result<QSqlQuery*>::failure(failure);
+  }
+  return query;
+}
+
+Result<std::optional<QVariantList>> Sql::firstRow(const QString& statement, const QVariantList& values) const {
+  using R = Result<std::optional<QVariantList>>;
+  Result<QSqlQuery> query = run(statement, values);
+  if (!query) {
+    return R::failure(query.error());
+  }
+  QSqlQuery& q = query.value();
+  if (!q.next()) {
+    return std::optional<QVariantList>();
+  }
+  QVariantList row;
+  const int columns = q.record().count();
+  row.reserve(columns);
+  for (int i = 0; i < columns; ++i) {
+    row.append(q.value(i));
+  }
+  return std::optional<QVariantList>(std::move(row));
+}
+
+Result<qint64> Sql::scalar(const QString& statement, const QVariantList& values, qint64 fallback) const {
+  Result<std::optional<QVariantList>> row = firstRow(statement, values);
+  if (!row) {
+    return Result<qint64>::failure(row.error());
+  }
+  if (!row.value() || row.value()->isEmpty() || row.value()->first().isNull()) {
+    return fallback;
+  }
+  return row.value()->first().toLongLong();
+}
+
+Result<qint64> Sql::insertReturningId(const QString& statement, const QVariantList& values) const {
+  Result<std::optional<QVariantList>> row = firstRow(statement, values);
+  if (!row) {
+    return Result<qint64>::failure(row.error());
+  }
+  if (!row.value() || row.value()->isEmpty()) {
+    return Result<qint64>::failure(QStringLiteral("The host's database did not return the new row's key"));
+  }
+  return row.value()->first().toLongLong();
+}
+
+QString centsToText(qint64 cents) {
+  const bool negative = cents < 0;
+  const quint64 magnitude = negative ? quint64(0) - quint64(cents) : quint64(cents);
+  QString text;
+  text.reserve(16);
+  if (negative) {
+    text.append(u'-');
+  }
+  text.append(QString::number(magnitude / 100));
+  text.append(u'.');
+  const quint64 fraction = magnitude % 100;
+  text.append(QChar(u'0' + char16_t(fraction / 10)));
+  text.append(QChar(u'0' + char16_t(fraction % 10)));
+  return text;
+}
+
+std::optional<qint64> parseCents(QStringView text) {
+  qsizetype i = 0;
+  bool negative = false;
+  if (i < text.size() && text[i] == u'-') {
+    negative = true;
+    ++i;
+  }
+  qint64 whole = 0;
+  int wholeDigits = 0;
+  while (i < text.size() && text[i] >= u'0' && text[i] <= u'9') {
+    if (++wholeDigits > 11) {
+      return std::nullopt;
+    }
+    whole = whole * 10 + (text[i].unicode() - u'0');
+    ++i;
+  }
+  qint64 fraction = 0;
+  int fractionDigits = 0;
+  if (i < text.size() && text[i] == u'.') {
+    ++i;
+    while (i < text.size() && text[i] >= u'0' && text[i] <= u'9') {
+      const int digit = text[i].unicode() - u'0';
+      if (fractionDigits < 2) {
+        fraction = fraction * 10 + digit;
+      } else if (digit != 0 || fractionDigits >= 4) {
+        return std::nullopt;  // fractions of a cent
+      }
+      ++fractionDigits;
+      ++i;
+    }
+  }
+  if (i != text.size() || (wholeDigits == 0 && fractionDigits == 0)) {
+    return std::nullopt;
+  }
+  if (fractionDigits == 1) {
+    fraction *= 10;
+  }
+  const qint64 cents = whole * 100 + fraction;
+  return negative ? -cents : cents;
+}
+
+QString centsForDisplay(qint64 cents) {
+  const bool negative = cents < 0;
+  const quint64 magnitude = negative ? quint64(0) - quint64(cents) : quint64(cents);
+  QString whole = QString::number(magnitude / 100);
+  for (qsizetype at = whole.size() - 3; at > 0; at -= 3) {
+    whole.insert(at, u',');
+  }
+  const QString fraction = QStringLiteral("%1").arg(magnitude % 100, 2, 10, QLatin1Char('0'));
+  return (negative ? QStringLiteral("-$") : QStringLiteral("$")) + whole + u'.' + fraction;
+}
+
+QDate dayFromValue(const QVariant& value) {
+  if (value.isNull()) {
+    return {};
+  }
+  if (value.typeId() == QMetaType::QDate) {
+    return value.toDate();
+  }
+  if (value.typeId() == QMetaType::QDateTime) {
+    return value.toDateTime().date();
+  }
+  return QDate::fromString(value.toString().left(10), Qt::ISODate);
+}
+
+QVariant dayCell(const QVariant& value) {
+  if (value.isNull()) {
+    return {};
+  }
+  if (value.typeId() == QMetaType::QString) {
+    return value;  // SQLite keeps days as ISO text already
+  }
+  return dayFromValue(value).toString(Qt::ISODate);
+}
+
+QVariant timestampCell(const QVariant& value) {
+  if (value.isNull()) {
+    return {};
+  }
+  if (value.typeId() == QMetaType::QDateTime) {
+    return value.toDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+  }
+  return value.toString().left(19).replace(u'T', u' ');
+}
+
+std::optional<QDate> parseIsoDay(QStringView text) {
+  if (text.size() != 10 || text[4] != u'-' || text[7] != u'-') {
+    return std::nullopt;
+  }
+  for (qsizetype i : {0, 1, 2, 3, 5, 6, 8, 9}) {
+    if (text[i] < u'0' || text[i] > u'9') {
+      return std::nullopt;
+    }
+  }
+  const QDate day = QDate::fromString(text.toString(), Qt::ISODate);
+  if (!day.isValid()) {
+    return std::nullopt;
+  }
+  return day;
+}
+
+}  // namespace adjustacc::host

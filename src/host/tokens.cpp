@@ -1,0 +1,236 @@
+#include "tokens.h"
+
+#include <QCryptographicHash>
+#include <QRandomGenerator>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+
+
+namespace adjustacc::host {
+
+using messaging::Result;
+
+namespace {
+
+constexpr int kIdBytes = 8;       // 16 hex characters
+constexpr int kSecretBytes = 32;  // 43 base64url characters
+constexpr int kSaltBytes = 16;
+constexpr qsizetype kMaxOfficerIdLength = 64;
+
+QByteArray randomBytes(int count) {
+  QByteArray bytes(count, Qt::Uninitialized);
+  auto* generator = QRandomGenerator::system();
+  for (int i = 0; i < count; ++i) {
+    bytes[i] = static_cast<char>(generator->bounded(256));
+  }
+  return bytes;
+}
+
+QString hashSecret(const QByteArray& salt, const QString& secret) {
+  QCryptographicHash hash(QCryptographicHash::Sha256);
+  hash.addData(salt);
+  hash.addData(secret.toUtf8());
+  return QString::fromLatin1(hash.result().toHex());
+}
+
+// Compares without stopping at the first difference, so the time taken tells nothing about the stored hash.
+bool equalInConstantTime(const QString& a, const QString& b) {
+  if (a.size() != b.size()) {
+    return false;
+  }
+  char16_t difference = 0;
+  for (qsizetype i = 0; i < a.size(); ++i) {
+    difference |= static_cast<char16_t>(a[i].unicode() ^ b[i].unicode());
+  }
+  return difference == 0;
+}
+
+bool isHex(const QString& text) {
+  for (QChar c : text) {
+    if (!((c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f'))) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool isBase64Url(const QString& text) {
+  for (QChar c : text) {
+    if (!((c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z') || (c >= u'0' && c <= u'9') || c == u'-' ||
+          c == u'_')) {
+      return false;
+    }
+  }
+  return true;
+}
+
+QString nowText() { return QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs); }
+
+QString sqlFailure(const QString& what, const QSqlQuery& query) {
+  return QStringLiteral("%1: %2").arg(what, query.lastError().text());
+}
+
+const QString kInvalidToken = QStringLiteral("The sign-on token is not valid.");
+
+}  // namespace
+
+TokenStore::TokenStore(QString connectionName) : m_connectionName(std::move(connectionName)) {}
+
+Result<bool> TokenStore::ensureTable() {
+  QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
+  if (!db.isOpen()) {
+    return Result<bool>::failure(QStringLiteral("The token store has no open database connection."));
+  }
+  QSqlQuery query(db);
+  const QString createTable = QStringLiteral(
+      "CREATE TABLE IF NOT EXISTS HOST_TOKEN ("
+      " TOKEN_ID VARCHAR(16) NOT NULL PRIMARY KEY,"
+      " OFFICER_ID VARCHAR(64) NOT NULL,"
+      " SALT VARCHAR(32) NOT NULL,"
+      " TOKEN_HASH VARCHAR(64) NOT NULL,"
+      " ISSUED_TS VARCHAR(32) NOT NULL,"
+      " REVOKED_TS VARCHAR(32))");
+  if (!query.exec(createTable)) {
+    return Result<bool>::failure(sqlFailure(QStringLiteral("Could not create table HOST_TOKEN"), query));
+  }
+  if (!query.exec(QStringLiteral("CREATE INDEX IF NOT EXISTS HOST_TOKEN_OFFICER ON HOST_TOKEN (OFFICER_ID)"))) {
+    return Result<bool>::failure(sqlFailure(QStringLiteral("Could not index table HOST_TOKEN"), query));
+  }
+  return true;
+}
+
+Result<IssuedToken> TokenStore::issue(const QString& officerId) {
+  const QString officer = officerId.trimmed();
+  if (officer.isEmpty() || officer.size() > kMaxOfficerIdLength) {
+    return Result<IssuedToken>::failure(
+        QStringLiteral("An officer id of 1 to %1 characters is needed to issue a token.").arg(kMaxOfficerIdLength));
+  }
+  QSqlQuery officerQuery(QSqlDatabase::database(m_connectionName, false));
+  officerQuery.setForwardOnly(true);
+  // Officer ids are compared without regard to case, as the host does; the token gets the id as stored.
+  officerQuery.prepare(QStringLiteral("SELECT OFFICER_ID FROM OFFICER WHERE UPPER(OFFICER_ID) = UPPER(?)"));
+  officerQuery.addBindValue(officer);
+  if (!officerQuery.exec()) {
+    return Result<IssuedToken>::failure(sqlFailure(QStringLiteral("Could not look up the officer"), officerQuery));
+  }
+  if (!officerQuery.next()) {
+    return Result<IssuedToken>::failure(QStringLiteral("There is no officer %1.").arg(officer));
+  }
+  const QString storedOfficer = officerQuery.value(0).toString();
+
+  const QByteArray salt = randomBytes(kSaltBytes);
+  IssuedToken issued;
+  issued.officerId = storedOfficer;
+  issued.tokenId = QString::fromLatin1(randomBytes(kIdBytes).toHex());
+  const QString secret = QString::fromLatin1(
+      randomBytes(kSecretBytes).toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals));
+  issued.token = issued.tokenId + u'.' + secret;
+
+  QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
+  query.prepare(QStringLiteral("INSERT INTO HOST_TOKEN (TOKEN_ID, OFFICER_ID, SALT, TOKEN_HASH, ISSUED_TS)"
+                               " VALUES (?, ?, ?, ?, ?)"));
+  query.addBindValue(issued.tokenId);
+  query.addBindValue(storedOfficer);
+  query.addBindValue(QString::fromLatin1(salt.toHex()));
+  query.addBindValue(hashSecret(salt, secret));
+  query.addBindValue(nowText());
+  if (!query.exec()) {
+    return Result<IssuedToken>::failure(sqlFailure(QStringLiteral("Could not store the new token"), query));
+  }
+  return issued;
+}
+
+bool TokenStore::split(const QString& token, QString* tokenId, QString* secret) {
+  const qsizetype dot = token.indexOf(u'.');
+  if (dot != kIdBytes * 2) {
+    return false;
+  }
+  const QString id = token.left(dot);
+  const QString rest = token.mid(dot + 1);
+  // 32 bytes in base64url without padding.
+  if (rest.size() != 43 || !isHex(id) || !isBase64Url(rest)) {
+    return false;
+  }
+  *tokenId = id;
+  *secret = rest;
+  return true;
+}
+
+TokenStore::Check TokenStore::verify(const QString& token) const {
+  Check check;
+  check.error = kInvalidToken;
+  QString tokenId;
+  QString secret;
+  if (!split(token, &tokenId, &secret)) {
+    return check;
+  }
+  QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
+  query.setForwardOnly(true);
+  query.prepare(QStringLiteral("SELECT OFFICER_ID, SALT, TOKEN_HASH, REVOKED_TS FROM HOST_TOKEN WHERE TOKEN_ID = ?"));
+  query.addBindValue(tokenId);
+  if (!query.exec()) {
+    check.outcome = Check::Outcome::Failed;
+    check.error = sqlFailure(QStringLiteral("Could not check the sign-on token"), query);
+    return check;
+  }
+  if (!query.next()) {
+    return check;
+  }
+  const QString officer = query.value(0).toString();
+  const QByteArray salt = QByteArray::fromHex(query.value(1).toString().toLatin1());
+  const QString storedHash = query.value(2).toString();
+  const bool revoked = !query.value(3).isNull();
+  if (!equalInConstantTime(hashSecret(salt, secret), storedHash) || revoked) {
+    return check;
+  }
+  check.outcome = Check::Outcome::Valid;
+  check.officerId = officer;
+  check.error.clear();
+  return check;
+}
+
+Result<int> TokenStore::revokeOfficer(const QString& officerId) {
+  QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
+  query.prepare(QStringLiteral("UPDATE HOST_TOKEN SET REVOKED_TS = ? WHERE UPPER(OFFICER_ID) = UPPER(?) AND REVOKED_TS IS NULL"));
+  query.addBindValue(nowText());
+  query.addBindValue(officerId.trimmed());
+  if (!query.exec()) {
+    return Result<int>::failure(sqlFailure(QStringLiteral("Could not revoke the tokens"), query));
+  }
+  return query.numRowsAffected();
+}
+
+Result<bool> TokenStore::revokeToken(const QString& tokenId) {
+  QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
+  query.prepare(QStringLiteral("UPDATE HOST_TOKEN SET REVOKED_TS = ? WHERE TOKEN_ID = ? AND REVOKED_TS IS NULL"));
+  query.addBindValue(nowText());
+  query.addBindValue(tokenId.trimmed());
+  if (!query.exec()) {
+    return Result<bool>::failure(sqlFailure(QStringLiteral("Could not revoke the token"), query));
+  }
+  return query.numRowsAffected() > 0;
+}
+
+Result<QList<TokenInfo>> TokenStore::list() const {
+  QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
+  query.setForwardOnly(true);
+  if (!query.exec(QStringLiteral(
+          "SELECT TOKEN_ID, OFFICER_ID, ISSUED_TS, REVOKED_TS FROM HOST_TOKEN ORDER BY ISSUED_TS DESC, TOKEN_ID"))) {
+    return Result<QList<TokenInfo>>::failure(sqlFailure(QStringLiteral("Could not list the tokens"), query));
+  }
+  QList<TokenInfo> tokens;
+  while (query.next()) {
+    TokenInfo info;
+    info.tokenId = query.value(0).toString();
+    info.officerId = query.value(1).toString();
+    info.issued = QDateTime::fromString(query.value(2).toString(), Qt::ISODateWithMs);
+    if (!query.value(3).isNull()) {
+      info.revoked = QDateTime::fromString(query.value(3).toString(), Qt::ISODateWithMs);
+    }
+    tokens.append(info);
+  }
+  return tokens;
+}
+
+}  // namespace adjustacc::host

@@ -1,0 +1,7 @@
+#include "hostlink.h"
+
+namespace adjustacc::messaging {
+
+HostLink::~HostLink() = default;
+
+}  // namespace adjustacc::messaging

@@ -1,0 +1,181 @@
+#include "recordset_storage.h"
+
+#include "recordset_keys.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace adjustacc::messaging::detail {
+
+namespace {
+
+std::size_t prefixLength(std::size_t length) {
+  std::size_t n = 1;
+  while (length >= 0x80u) {
+    length >>= 7;
+    ++n;
+  }
+  return n;
+}
+
+}  // namespace
+
+bool Column::canStore(std::size_t length) const {
+  return m_arena.size() + prefixLength(length) + length < kNullCell;
+}
+
+std::uint32_t Column::store(std::string_view value) {
+  const std::size_t need = prefixLength(value.size()) + value.size();
+  const std::size_t at = m_arena.size();
+  // Offsets are 32-bit and kNullCell is reserved. Callers check canStore first, so that a row is never
+  // left half written.
+  if (at + need >= kNullCell) {
+    throw std::length_error("record set column exceeds 4 GB of text");
+  }
+  if (at + need > m_arena.capacity()) {
+    // Grow by half rather than double: a loaded set keeps less slack.
+    m_arena.reserve(std::max(at + need, m_arena.capacity() + m_arena.capacity() / 2 + 64));
+  }
+  m_arena.resize(at + need);
+  writeAt(at, value);
+  return static_cast<std::uint32_t>(at);
+}
+
+void Column::writeAt(std::size_t at, std::string_view value) {
+  auto* p = reinterpret_cast<unsigned char*>(m_arena.data()) + at;
+  std::size_t length = value.size();
+  while (length >= 0x80u) {
+    *p++ = static_cast<unsigned char>((length & 0x7Fu) | 0x80u);
+    length >>= 7;
+  }
+  *p++ = static_cast<unsigned char>(length);
+  if (!value.empty()) {
+    std::memcpy(p, value.data(), value.size());
+  }
+}
+
+void Column::append(const std::string_view* value) {
+  if (m_cells.size() == m_cells.capacity()) {
+    m_cells.reserve(m_cells.size() + m_cells.size() / 2 + 16);
+  }
+  m_cells.push_back(value ? store(*value) : kNullCell);
+}
+
+void Column::set(std::uint32_t row, const std::string_view* value) {
+  const std::uint32_t old = m_cells[row];
+  if (old != kNullCell) {
+    const std::string_view previous = textAt(old);
+    const std::size_t oldSize = prefixLength(previous.size()) + previous.size();
+    if (value) {
+      const std::size_t newSize = prefixLength(value->size()) + value->size();
+      if (newSize <= oldSize) {
+        // Fits where the old value was: overwrite in place; the tail becomes garbage.
+        writeAt(old, *value);
+        m_garbage += oldSize - newSize;
+        return;
+      }
+    }
+    m_garbage += oldSize;
+  }
+  m_cells[row] = value ? store(*value) : kNullCell;
+  if (m_garbage > 4096 && m_garbage > m_arena.size() / 2) {
+    compact();
+  }
+}
+
+void Column::compact() {
+  std::vector<char> old;
+  old.swap(m_arena);
+  m_arena.reserve(old.size() - m_garbage + 64);
+  m_garbage = 0;
+  for (auto& cell : m_cells) {
+    if (cell == kNullCell) {
+      continue;
+    }
+    const auto* p = reinterpret_cast<const unsigned char*>(old.data()) + cell;
+    std::uint32_t length = 0;
+    int shift = 0;
+    while (*p & 0x80u) {
+      length |= static_cast<std::uint32_t>(*p & 0x7Fu) << shift;
+      shift += 7;
+      ++p;
+    }
+    length |= static_cast<std::uint32_t>(*p) << shift;
+    ++p;
+    cell = store(std::string_view(reinterpret_cast<const char*>(p), length));
+  }
+}
+
+std::size_t Column::textBytes() const {
+  std::size_t total = 0;
+  for (const auto cell : m_cells) {
+    if (cell != kNullCell) {
+      total += textAt(cell).size();
+    }
+  }
+  return total;
+}
+
+Data::Data(QList<Field> f) : fields(std::move(f)), open(true), columns(static_cast<std::size_t>(fields.size())) {
+  m_keys.resize(columns.size());
+}
+
+Data::Data(const Data& other)
+    : fields(other.fields),
+      open(other.open),
+      columns(other.columns),
+      rows(other.rows),
+      deletedCount(other.deletedCount),
+      deleted(other.deleted) {
+  std::lock_guard lock(other.m_keyMutex);
+  m_keys = other.m_keys;
+}
+
+void Data::markDeleted(std::uint32_t row) {
+  if (deleted.empty()) {
+    deleted.assign((static_cast<std::size_t>(rows) + 63) / 64, 0);
+  }
+  if (deleted.size() * 64 < rows) {
+    deleted.resize((static_cast<std::size_t>(rows) + 63) / 64, 0);
+  }
+  if (!isDeleted(row)) {
+    deleted[row >> 6] |= std::uint64_t{1} << (row & 63u);
+    ++deletedCount;
+  }
+}
+
+void Data::invalidateKeys(int column) {
+  std::lock_guard lock(m_keyMutex);
+  if (column < 0) {
+    for (auto& k : m_keys) {
+      k.reset();
+    }
+  } else if (static_cast<std::size_t>(column) < m_keys.size()) {
+    m_keys[static_cast<std::size_t>(column)].reset();
+  }
+}
+
+std::shared_ptr<const ColumnKeys> Data::keys(int column) const {
+  std::lock_guard lock(m_keyMutex);
+  auto& slot = m_keys[static_cast<std::size_t>(column)];
+  if (!slot) {
+    slot = buildColumnKeys(columns[static_cast<std::size_t>(column)], fields[column].type);
+  }
+  return slot;
+}
+
+std::size_t Data::bytes() const {
+  std::size_t total = sizeof(Data) + deleted.capacity() * sizeof(std::uint64_t);
+  for (const auto& c : columns) {
+    total += sizeof(Column) + c.bytes();
+  }
+  std::lock_guard lock(m_keyMutex);
+  for (const auto& k : m_keys) {
+    if (k) {
+      total += k->bytes();
+    }
+  }
+  return total;
+}
+
+}  // namespace adjustacc::messaging::detail

@@ -1,0 +1,99 @@
+#pragma once
+// Row storage of a record set, shared between copies until one of them writes.
+//
+// Values are kept column by column as UTF-8 in one byte arena per column: each cell is a 32-bit offset
+// to a length-prefixed run of bytes, or kNullCell. That keeps a million-row reply to a small multiple
+// of its text instead of one heap string per cell.
+//
+// The typed comparison keys of a column (its "ranks", see recordset_keys.h) are derived data, built on
+// the first sort or filter that needs them and kept until the column changes. Copies on other threads
+// may ask for them at the same time, so the key slots are guarded by a mutex; everything else in a
+// shared Data is read-only (a writer detaches first).
+
+#include "recordset.h"
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <string_view>
+#include <vector>
+
+namespace adjustacc::messaging::detail {
+
+inline constexpr std::uint32_t kNullCell = 0xFFFFFFFFu;
+
+struct ColumnKeys;
+
+class Column {
+public:
+  std::uint32_t size() const { return static_cast<std::uint32_t>(m_cells.size()); }
+  bool isNull(std::uint32_t row) const { return m_cells[row] == kNullCell; }
+  const std::uint32_t* cells() const { return m_cells.data(); }
+
+  // The bytes of a non-null cell.
+  std::string_view text(std::uint32_t row) const {
+    return textAt(m_cells[row]);
+  }
+  std::string_view textAt(std::uint32_t offset) const {
+    const auto* p = reinterpret_cast<const unsigned char*>(m_arena.data()) + offset;
+    std::uint32_t length = 0;
+    int shift = 0;
+    while (*p & 0x80u) {
+      length |= static_cast<std::uint32_t>(*p & 0x7Fu) << shift;
+      shift += 7;
+      ++p;
+    }
+    length |= static_cast<std::uint32_t>(*p) << shift;
+    ++p;
+    return {reinterpret_cast<const char*>(p), length};
+  }
+
+  void reserve(std::size_t rows) { m_cells.reserve(rows); }
+  // False when the column's text would pass 4 GB with another value of this length.
+  bool canStore(std::size_t length) const;
+  void append(const std::string_view* value);  // nullptr appends a null
+  void set(std::uint32_t row, const std::string_view* value);
+
+  std::size_t bytes() const { return m_cells.capacity() * sizeof(std::uint32_t) + m_arena.capacity(); }
+  std::size_t textBytes() const;  // live value bytes, without prefixes and garbage
+
+private:
+  std::uint32_t store(std::string_view value);
+  void writeAt(std::size_t at, std::string_view value);
+  void compact();
+
+  std::vector<std::uint32_t> m_cells;
+  std::vector<char> m_arena;
+  std::size_t m_garbage = 0;  // bytes of overwritten values still in the arena
+};
+
+struct Data {
+  Data() = default;
+  explicit Data(QList<Field> f);
+  Data(const Data& other);
+  Data& operator=(const Data&) = delete;
+
+  QList<Field> fields;
+  bool open = false;
+  std::vector<Column> columns;
+  std::uint32_t rows = 0;          // physical rows, deleted ones included
+  std::uint32_t deletedCount = 0;
+  std::vector<std::uint64_t> deleted;  // bit per physical row; empty while nothing was deleted
+
+  bool isDeleted(std::uint32_t row) const {
+    return !deleted.empty() && ((deleted[row >> 6] >> (row & 63u)) & 1u) != 0;
+  }
+  void markDeleted(std::uint32_t row);
+  void invalidateKeys(int column);  // -1: every column
+  // The comparison keys of a column, built on first use.
+  std::shared_ptr<const ColumnKeys> keys(int column) const;
+
+  std::size_t bytes() const;
+
+private:
+  mutable std::mutex m_keyMutex;
+  mutable std::vector<std::shared_ptr<const ColumnKeys>> m_keys;
+};
+
+}  // namespace adjustacc::messaging::detail

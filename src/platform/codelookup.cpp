@@ -1,0 +1,7 @@
+#include "codelookup.h"
+
+namespace adjustacc::platform {
+
+CodeLookup::~CodeLookup() = default;
+
+}  // namespace adjustacc::platform

@@ -1,0 +1,7 @@
+#include "codetablesource.h"
+
+namespace adjustacc::platform {
+
+CodeTableSource::~CodeTableSource() = default;
+
+}  // namespace adjustacc::platform

@@ -1,0 +1,8 @@
+#include "platform/ui.h"
+
+namespace adjustacc::platform {
+
+ModalForm::~ModalForm() = default;
+Ui::~Ui() = default;
+
+}  // namespace adjustacc::platform

@@ -1,0 +1,497 @@
+// The adjustacc-host HTTP service in process on a loopback port, with a real HTTP client and the remote
+// link; and the bearer-token store. On SQLite always, on PostgreSQL when ADJUSTACC_TEST_PG names a server.
+#include "host/hostsystem.h"
+#include "host/httpservice.h"
+#include "host/tokens.h"
+#include "messaging/jsoncodec.h"
+#include "messaging/remotelink.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QSslCertificate>
+#include <QTest>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QTemporaryDir>
+#include <QUuid>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using namespace adjustacc;
+using host::DatabaseOptions;
+using host::HttpService;
+using host::RequestLogEntry;
+using host::TokenStore;
+using messaging::RemoteLink;
+using messaging::Reply;
+using messaging::Request;
+
+namespace {
+
+constexpr int kWaitMs = 30000;
+
+Request inquiry(const QString& user, const QString& type, const QString& number) {
+  Request request;
+  request.replyTo = QStringLiteral("ADJUSTACC");
+  request.version = QStringLiteral("1");
+  request.code = 47;
+  request.user = user;
+  request.requestId = QUuid::createUuid().toString(QUuid::WithoutBraces);
+  request.params = {{QStringLiteral("MARVENTO"), QStringLiteral("key:REF_NBR"), QStringLiteral("="), number},
+                    {QStringLiteral("MARVENTO"), QStringLiteral("key:REF_TYP_CD"), QStringLiteral("="), type}};
+  return request;
+}
+
+// A connection of the test's own, on the test thread, closed and removed with this object.
+class TestConnection {
+public:
+  explicit TestConnection(const DatabaseOptions& options)
+      : m_name(QStringLiteral("service-test-") + QUuid::createUuid().toString(QUuid::WithoutBraces)),
+        m_opened(host::openDatabase(options, m_name)) {}
+  ~TestConnection() {
+    if (QSqlDatabase::contains(m_name)) {
+      QSqlDatabase::database(m_name, false).close();
+      QSqlDatabase::removeDatabase(m_name);
+    }
+  }
+  TestConnection(const TestConnection&) = delete;
+  TestConnection& operator=(const TestConnection&) = delete;
+  bool ok() const { return m_opened.ok(); }
+  QString error() const { return m_opened.error(); }
+  const QString& name() const { return m_name; }
+  QSqlDatabase db() const { return QSqlDatabase::database(m_name, false); }
+
+private:
+  QString m_name;
+  messaging::Result<bool> m_opened;
+};
+
+struct HttpResult {
+  int status = 0;
+  QByteArray contentType;
+  QByteArray body;
+  QNetworkReply::NetworkError error = QNetworkReply::NoError;
+};
+
+class HttpServiceTest : public ::testing::TestWithParam<const char*> {
+protected:
+  void SetUp() override {
+    if (QLatin1String(GetParam()) == QLatin1String("postgresql")) {
+      const QString pg = qEnvironmentVariable("ADJUSTACC_TEST_PG");
+      if (pg.isEmpty()) {
+        GTEST_SKIP() << "ADJUSTACC_TEST_PG is not set";
+      }
+      auto options = DatabaseOptions::fromPostgresConnectionString(pg);
+      ASSERT_TRUE(options.ok()) << qPrintable(options.error());
+      m_options = options.value();
+      m_options.schema = QStringLiteral("svc_") + QUuid::createUuid().toString(QUuid::Id128).left(16);
+    } else {
+      ASSERT_TRUE(m_dir.isValid());
+      m_options.driver = QStringLiteral("QSQLITE");
+      m_options.databaseName = m_dir.filePath(QStringLiteral("host.sqlite"));
+    }
+
+    {
+      TestConnection admin(m_options);
+      ASSERT_TRUE(admin.ok()) << qPrintable(admin.error());
+      ASSERT_TRUE(host::createSchema(admin.name()).ok());
+      const auto demo = host::loadDemoData(admin.name(), QDate::currentDate());
+      ASSERT_TRUE(demo.ok()) << qPrintable(demo.error());
+      TokenStore tokens(admin.name());
+      ASSERT_TRUE(tokens.ensureTable().ok());
+      QSqlQuery query(admin.db());
+      ASSERT_TRUE(query.exec(QStringLiteral("SELECT OFFICER_ID FROM OFFICER ORDER BY OFFICER_ID")));
+      while (query.next()) {
+        m_officers.append(query.value(0).toString());
+      }
+      ASSERT_GE(m_officers.size(), 2);
+      ASSERT_TRUE(query.exec(QStringLiteral("SELECT REF_TYP_CD, REF_NBR FROM ACCT_RCVBL ORDER BY ACCT_RCVBL_ID")));
+      ASSERT_TRUE(query.next());
+      m_type = query.value(0).toString();
+      m_number = query.value(1).toString();
+      m_token = tokens.issue(m_officers[0])->token;
+      m_otherToken = tokens.issue(m_officers[1])->token;
+    }
+
+    host::HttpServiceOptions serviceOptions;
+    serviceOptions.database = m_options;
+    m_service = std::make_unique<HttpService>(serviceOptions);
+    const auto port = m_service->listen(QHostAddress::LocalHost, 0);
+    ASSERT_TRUE(port.ok()) << qPrintable(port.error());
+    m_url = QUrl(QStringLiteral("http://127.0.0.1:%1").arg(port.value()));
+  }
+
+  void TearDown() override {
+    m_service.reset();
+    if (!m_options.schema.isEmpty()) {
+      DatabaseOptions plain = m_options;
+      plain.schema.clear();
+      TestConnection admin(plain);
+      QSqlQuery query(admin.db());
+      query.exec(QStringLiteral("DROP SCHEMA IF EXISTS %1 CASCADE").arg(m_options.schema));
+    }
+  }
+
+  HttpResult send(const QByteArray& method, const QString& path, const QByteArray& body,
+                  const QByteArray& authorization) {
+    QNetworkRequest request(QUrl(m_url.toString() + path));
+    request.setHeader(QNetworkRequest::ContentTypeHeader, QByteArrayLiteral("application/json"));
+    if (!authorization.isEmpty()) {
+      request.setRawHeader("Authorization", authorization);
+    }
+    QNetworkReply* reply = m_network.sendCustomRequest(request, method, body);
+    QSignalSpy finished(reply, &QNetworkReply::finished);
+    HttpResult result;
+    if (!finished.wait(kWaitMs)) {
+      return result;
+    }
+    result.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    result.contentType = reply->rawHeader("Content-Type");
+    result.body = reply->readAll();
+    result.error = reply->error();
+    reply->deleteLater();
+    return result;
+  }
+
+  HttpResult post(const QByteArray& body, const QString& token) {
+    return send("POST", QStringLiteral("/v1/request"), body, token.isEmpty() ? QByteArray() : "Bearer " + token.toUtf8());
+  }
+
+  Reply viaLink(RemoteLink& link, const Request& request) {
+    QSignalSpy replies(&link, &messaging::HostLink::replyReady);
+    link.submit(request);
+    if (!replies.wait(kWaitMs)) {
+      return Reply::failure({}, {}, QStringLiteral("no reply in the test's time"));
+    }
+    return replies.takeFirst().at(0).value<Reply>();
+  }
+
+  QTemporaryDir m_dir;
+  DatabaseOptions m_options;
+  QStringList m_officers;
+  QString m_type;
+  QString m_number;
+  QString m_token;
+  QString m_otherToken;
+  std::unique_ptr<HttpService> m_service;
+  QUrl m_url;
+  QNetworkAccessManager m_network;
+};
+
+TEST_P(HttpServiceTest, HealthReportsTheDatabase) {
+  const HttpResult result = send("GET", QStringLiteral("/v1/health"), {}, {});
+  EXPECT_EQ(result.status, 200);
+  const QJsonObject health = QJsonDocument::fromJson(result.body).object();
+  EXPECT_EQ(health.value(QLatin1String("status")).toString(), QStringLiteral("ok"));
+  EXPECT_EQ(health.value(QLatin1String("database")).toString(), QStringLiteral("ok"));
+}
+
+TEST_P(HttpServiceTest, GoodRequestIsAnsweredAsTheHostAnswersItAndLogged) {
+  const Request request = inquiry(m_officers[0], m_type, m_number);
+  QSignalSpy logged(m_service.get(), &HttpService::requestFinished);
+  RemoteLink link(m_url, m_token);
+  const Reply remote = viaLink(link, request);
+  ASSERT_TRUE(remote.ok()) << qPrintable(remote.error);
+  EXPECT_EQ(remote.requestId, request.requestId);
+
+  // The same inquiry answered directly by the host system gives the same sections and values.
+  TestConnection direct(m_options);
+  ASSERT_TRUE(direct.ok());
+  host::HostSystem system(direct.name());
+  const Reply local = system.handle(request, m_officers[0]);
+  ASSERT_TRUE(local.ok()) << qPrintable(local.error);
+  ASSERT_EQ(remote.sections.keys(), local.sections.keys());
+  for (auto it = local.sections.cbegin(); it != local.sections.cend(); ++it) {
+    const messaging::RecordSet& mine = remote.sections.value(it.key());
+    ASSERT_EQ(mine.recordCount(), it.value().recordCount()) << qPrintable(it.key());
+    ASSERT_EQ(mine.fieldCount(), it.value().fieldCount()) << qPrintable(it.key());
+    for (int row = 0; row < mine.recordCount(); ++row) {
+      for (int field = 0; field < mine.fieldCount(); ++field) {
+        EXPECT_EQ(mine.valueAt(row, field), it.value().valueAt(row, field)) << qPrintable(it.key());
+      }
+    }
+  }
+
+  ASSERT_EQ(logged.count(), 1);
+  const auto entry = logged.at(0).at(0).value<RequestLogEntry>();
+  EXPECT_EQ(entry.officerId, m_officers[0]);
+  EXPECT_EQ(entry.code, 47);
+  EXPECT_EQ(entry.requestId, request.requestId);
+  EXPECT_EQ(entry.status, 200);
+  EXPECT_EQ(HttpService::logLine(entry),
+            QStringLiteral("officer=%1 code=47 request=%2 status=200 ms=%3")
+                .arg(m_officers[0], request.requestId)
+                .arg(entry.milliseconds));
+}
+
+TEST_P(HttpServiceTest, ConcurrentRequestsAreEachAnsweredForTheirOwnId) {
+  RemoteLink link(m_url, m_token);
+  QSignalSpy replies(&link, &messaging::HostLink::replyReady);
+  QStringList ids;
+  for (int i = 0; i < 24; ++i) {
+    const Request request = inquiry(m_officers[0], m_type, m_number);
+    ids.append(request.requestId);
+    link.submit(request);
+  }
+  EXPECT_TRUE(QTest::qWaitFor([&] { return replies.count() == 24; }, kWaitMs));
+  QStringList answered;
+  for (const auto& arguments : replies) {
+    const Reply reply = arguments.at(0).value<Reply>();
+    EXPECT_TRUE(reply.ok()) << qPrintable(reply.error);
+    answered.append(reply.requestId);
+  }
+  answered.sort();
+  ids.sort();
+  EXPECT_EQ(answered, ids);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return m_service->inFlight() == 0; }, kWaitMs));
+}
+
+// Every refusal has its status and a failing reply as JSON, addressed to the request when it can be read.
+struct Refusal {
+  const char* name;
+  int status;
+  bool echoesRequestId;
+  const char* expectedText;
+};
+
+class HttpServiceRefusalTest : public HttpServiceTest {
+protected:
+  // The body and token for a refusal case; the request id the body carries, if any.
+  void build(const QString& name, QByteArray* body, QString* token, QString* requestId) {
+    const Request request = inquiry(m_officers[0], m_type, m_number);
+    *requestId = request.requestId;
+    *body = messaging::encodeRequest(request);
+    *token = m_token;
+    if (name == QLatin1String("NoToken")) {
+      token->clear();
+    } else if (name == QLatin1String("WrongSecret")) {
+      QString wrong = m_token;
+      wrong[wrong.size() - 1] = wrong.endsWith(u'A') ? u'B' : u'A';
+      *token = wrong;
+    } else if (name == QLatin1String("RevokedToken")) {
+      TestConnection admin(m_options);
+      TokenStore tokens(admin.name());
+      QString id;
+      QString secret;
+      ASSERT_TRUE(TokenStore::split(m_token, &id, &secret));
+      ASSERT_TRUE(tokens.revokeToken(id).value());
+    } else if (name == QLatin1String("OtherOfficersToken")) {
+      *token = m_otherToken;
+    } else if (name == QLatin1String("MalformedJson")) {
+      body->chop(5);
+    } else if (name == QLatin1String("NotARequest")) {
+      *body = QByteArrayLiteral("{\"replyTo\":\"ADJUSTACC\",\"requestId\":\"abc\"}");
+      *requestId = QStringLiteral("abc");
+    } else if (name == QLatin1String("OversizedBody")) {
+      body->append(QByteArray(messaging::jsonlimits::kMaxRequestBytes, ' '));
+    }
+  }
+};
+
+TEST_P(HttpServiceRefusalTest, AnswersWithStatusAndFailingReply) {
+  const std::vector<Refusal> cases = {
+      {"NoToken", 401, true, "no sign-on token"},
+      {"WrongSecret", 401, true, "not valid"},
+      {"OtherOfficersToken", 403, true, "belongs to officer"},
+      {"MalformedJson", 400, false, "could not be read"},
+      {"NotARequest", 400, true, "could not be read"},
+      {"OversizedBody", 413, false, "larger than the host accepts"},
+      {"RevokedToken", 401, true, "not valid"},  // last: it revokes the token the others use
+  };
+  for (const Refusal& c : cases) {
+    SCOPED_TRACE(c.name);
+    QByteArray body;
+    QString token;
+    QString requestId;
+    build(QLatin1String(c.name), &body, &token, &requestId);
+    const HttpResult result = post(body, token);
+    EXPECT_EQ(result.status, c.status);
+    EXPECT_EQ(result.contentType, QByteArrayLiteral("application/json"));
+    const Reply reply = messaging::decodeReply(result.body);
+    EXPECT_FALSE(reply.ok());
+    EXPECT_TRUE(reply.error.contains(QLatin1String(c.expectedText))) << qPrintable(reply.error);
+    if (c.echoesRequestId) {
+      EXPECT_EQ(reply.requestId, requestId);
+    }
+  }
+  // Refusals never reach the host: the service still answers a good request afterwards.
+  RemoteLink link(m_url, m_otherToken);
+  EXPECT_TRUE(viaLink(link, inquiry(m_officers[1], m_type, m_number)).ok());
+}
+
+TEST_P(HttpServiceRefusalTest, WrongPathsAndMethodsAreRefused) {
+  EXPECT_EQ(send("GET", QStringLiteral("/v1/request"), {}, {}).status, 405);
+  EXPECT_EQ(send("POST", QStringLiteral("/v1/health"), {}, {}).status, 405);
+  const HttpResult missing = send("POST", QStringLiteral("/v2/request"), "{}", "Bearer x");
+  EXPECT_EQ(missing.status, 404);
+  EXPECT_FALSE(messaging::decodeReply(missing.body).ok());
+}
+
+TEST_P(HttpServiceTest, AbandonedRequestsDoNotUpsetTheService) {
+  const QByteArray body = messaging::encodeRequest(inquiry(m_officers[0], m_type, m_number));
+  for (int i = 0; i < 10; ++i) {
+    QNetworkRequest request(QUrl(m_url.toString() + QStringLiteral("/v1/request")));
+    request.setHeader(QNetworkRequest::ContentTypeHeader, QByteArrayLiteral("application/json"));
+    request.setRawHeader("Authorization", "Bearer " + m_token.toUtf8());
+    QNetworkReply* reply = m_network.post(request, body);
+    QObject::connect(reply, &QNetworkReply::uploadProgress, reply, [reply](qint64 sent, qint64 total) {
+      if (sent == total) {
+        reply->abort();
+      }
+    });
+    QObject::connect(reply, &QNetworkReply::finished, reply, &QObject::deleteLater);
+  }
+  EXPECT_TRUE(QTest::qWaitFor([&] { return m_service->inFlight() == 0; }, kWaitMs));
+  EXPECT_EQ(send("GET", QStringLiteral("/v1/health"), {}, {}).status, 200);
+}
+
+TEST_P(HttpServiceTest, ServesHttpsWithACertificateTheClientTrusts) {
+  const QString certificate = m_dir.filePath(QStringLiteral("host.crt"));
+  const QString key = m_dir.filePath(QStringLiteral("host.key"));
+  QProcess openssl;
+  openssl.start(QStringLiteral("openssl"),
+                {QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"), QStringLiteral("rsa:2048"),
+                 QStringLiteral("-nodes"), QStringLiteral("-days"), QStringLiteral("2"), QStringLiteral("-subj"),
+                 QStringLiteral("/CN=127.0.0.1"), QStringLiteral("-addext"), QStringLiteral("subjectAltName=IP:127.0.0.1"),
+                 QStringLiteral("-keyout"), key, QStringLiteral("-out"), certificate});
+  if (!openssl.waitForFinished(60000) || openssl.exitCode() != 0) {
+    GTEST_SKIP() << "openssl could not make a test certificate";
+  }
+
+  host::HttpServiceOptions options;
+  options.database = m_options;
+  HttpService secure(options);
+  EXPECT_FALSE(secure.useTls(m_dir.filePath(QStringLiteral("missing.crt")), key).ok());
+  EXPECT_FALSE(secure.useTls(key, key).ok()) << "a key is no certificate";
+  EXPECT_FALSE(secure.useTls(certificate, certificate).ok()) << "a certificate is no key";
+  const auto tls = secure.useTls(certificate, key);
+  ASSERT_TRUE(tls.ok()) << qPrintable(tls.error());
+  const auto port = secure.listen(QHostAddress::LocalHost, 0);
+  ASSERT_TRUE(port.ok());
+  const QUrl url(QStringLiteral("https://127.0.0.1:%1").arg(port.value()));
+
+  RemoteLink trusting(url, m_token);
+  QFile pem(certificate);
+  ASSERT_TRUE(pem.open(QIODevice::ReadOnly));
+  trusting.addTrustedCertificates(QSslCertificate::fromData(pem.readAll(), QSsl::Pem));
+  const Reply good = viaLink(trusting, inquiry(m_officers[0], m_type, m_number));
+  EXPECT_TRUE(good.ok()) << qPrintable(good.error);
+
+  RemoteLink doubting(url, m_token);
+  const Request request = inquiry(m_officers[0], m_type, m_number);
+  const Reply refused = viaLink(doubting, request);
+  EXPECT_FALSE(refused.ok());
+  EXPECT_EQ(refused.requestId, request.requestId);
+  EXPECT_TRUE(refused.error.contains(QStringLiteral("certificate"))) << qPrintable(refused.error);
+}
+
+INSTANTIATE_TEST_SUITE_P(Databases, HttpServiceTest, ::testing::Values("sqlite", "postgresql"));
+INSTANTIATE_TEST_SUITE_P(Databases, HttpServiceRefusalTest, ::testing::Values("sqlite", "postgresql"));
+
+TEST(HttpServiceHeaders, BearerTokenIsTakenFromTheAuthorizationHeader) {
+  EXPECT_EQ(HttpService::bearerToken("Bearer abc.def"), QStringLiteral("abc.def"));
+  EXPECT_EQ(HttpService::bearerToken("  bearer   abc.def "), QStringLiteral("abc.def"));
+  EXPECT_EQ(HttpService::bearerToken("Basic dXNlcjpwYXNz"), QString());
+  EXPECT_EQ(HttpService::bearerToken("Bearer"), QString());
+  EXPECT_EQ(HttpService::bearerToken("Bearer "), QString());
+  EXPECT_EQ(HttpService::bearerToken(""), QString());
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// The token store.
+
+class TokenStoreTest : public ::testing::Test {
+protected:
+  void SetUp() override {
+    ASSERT_TRUE(m_dir.isValid());
+    DatabaseOptions options;
+    options.databaseName = m_dir.filePath(QStringLiteral("tokens.sqlite"));
+    m_connection = std::make_unique<TestConnection>(options);
+    ASSERT_TRUE(m_connection->ok());
+    QSqlQuery query(m_connection->db());
+    // Only the officers table matters to the store; the rest of the schema is not needed here.
+    ASSERT_TRUE(query.exec(QStringLiteral("CREATE TABLE OFFICER (OFFICER_ID VARCHAR(16) PRIMARY KEY)")));
+    ASSERT_TRUE(query.exec(QStringLiteral("INSERT INTO OFFICER VALUES ('CLERK1'), ('CLERK2')")));
+    m_store = std::make_unique<TokenStore>(m_connection->name());
+    ASSERT_TRUE(m_store->ensureTable().ok());
+    ASSERT_TRUE(m_store->ensureTable().ok()) << "creating the table is idempotent";
+  }
+
+  QTemporaryDir m_dir;
+  std::unique_ptr<TestConnection> m_connection;
+  std::unique_ptr<TokenStore> m_store;
+};
+
+TEST_F(TokenStoreTest, IssuedTokensVerifyToTheirOfficer) {
+  const auto first = m_store->issue(QStringLiteral("CLERK1"));
+  const auto second = m_store->issue(QStringLiteral("CLERK1"));
+  const auto other = m_store->issue(QStringLiteral("CLERK2"));
+  ASSERT_TRUE(first.ok() && second.ok() && other.ok());
+  EXPECT_NE(first->token, second->token);
+  EXPECT_EQ(m_store->verify(first->token).officerId, QStringLiteral("CLERK1"));
+  EXPECT_EQ(m_store->verify(second->token).officerId, QStringLiteral("CLERK1"));
+  EXPECT_EQ(m_store->verify(other->token).officerId, QStringLiteral("CLERK2"));
+  EXPECT_FALSE(m_store->issue(QStringLiteral("NOSUCH")).ok());
+  EXPECT_FALSE(m_store->issue(QStringLiteral("  ")).ok());
+}
+
+TEST_F(TokenStoreTest, TheSecretIsNotStored) {
+  const auto issued = m_store->issue(QStringLiteral("CLERK1"));
+  ASSERT_TRUE(issued.ok());
+  QString id;
+  QString secret;
+  ASSERT_TRUE(TokenStore::split(issued->token, &id, &secret));
+  QSqlQuery query(m_connection->db());
+  ASSERT_TRUE(query.exec(QStringLiteral("SELECT * FROM HOST_TOKEN")));
+  ASSERT_TRUE(query.next());
+  for (int i = 0; i < query.record().count(); ++i) {
+    EXPECT_FALSE(query.value(i).toString().contains(secret));
+  }
+}
+
+TEST_F(TokenStoreTest, AlteredUnknownMalformedAndRevokedTokensAreRefusedAlike) {
+  const QString token = m_store->issue(QStringLiteral("CLERK1"))->token;
+  const QString revokedOne = m_store->issue(QStringLiteral("CLERK2"))->token;
+  const QString revokedTwo = m_store->issue(QStringLiteral("CLERK2"))->token;
+  ASSERT_EQ(m_store->revokeOfficer(QStringLiteral("CLERK2")).value(), 2);
+
+  QString altered = token;
+  altered[20] = altered[20] == u'x' ? u'y' : u'x';
+  QString otherId = token;
+  otherId[0] = otherId[0] == u'a' ? u'b' : u'a';
+  const QStringList refused = {altered,   otherId,      token.left(token.size() - 1), token + u'x',
+                               QString(), QStringLiteral("no-dot-here"), revokedOne, revokedTwo,
+                               token.toUpper()};
+  for (const QString& candidate : refused) {
+    const TokenStore::Check check = m_store->verify(candidate);
+    EXPECT_EQ(check.outcome, TokenStore::Check::Outcome::Refused) << qPrintable(candidate);
+    EXPECT_TRUE(check.officerId.isEmpty());
+    EXPECT_EQ(check.error, m_store->verify(QStringLiteral("x")).error) << "one text for every refusal";
+  }
+  EXPECT_TRUE(m_store->verify(token).valid());
+
+  QString id;
+  QString secret;
+  ASSERT_TRUE(TokenStore::split(token, &id, &secret));
+  EXPECT_TRUE(m_store->revokeToken(id).value());
+  EXPECT_FALSE(m_store->revokeToken(id).value()) << "already revoked";
+  EXPECT_FALSE(m_store->verify(token).valid());
+
+  const auto list = m_store->list();
+  ASSERT_TRUE(list.ok());
+  ASSERT_EQ(list->size(), 3);
+  for (const host::TokenInfo& info : list.value()) {
+    EXPECT_TRUE(info.revoked.isValid());
+    EXPECT_TRUE(info.issued.isValid());
+  }
+}
+
+}  // namespace

@@ -1,0 +1,465 @@
+// The host links: the embedded link (host on a worker thread over a SQLite file) and the remote link's
+// handling of everything an HTTP peer can do wrong.
+#include "host/embeddedlink.h"
+#include "host/hostsystem.h"
+#include "messaging/jsoncodec.h"
+#include "messaging/remotelink.h"
+#include "messaging/requestmessage.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTest>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QUuid>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+
+using namespace adjustacc;
+using host::EmbeddedLink;
+using host::EmbeddedLinkOptions;
+using messaging::HostLink;
+using messaging::RemoteLink;
+using messaging::Reply;
+using messaging::Request;
+using messaging::RequestMessage;
+
+namespace {
+
+constexpr int kWaitMs = 20000;
+
+Request inquiry(const QString& user, const QString& type, const QString& number) {
+  Request request;
+  request.replyTo = QStringLiteral("ADJUSTACC");
+  request.version = QStringLiteral("1");
+  request.code = 47;
+  request.user = user;
+  request.requestId = QUuid::createUuid().toString(QUuid::WithoutBraces);
+  request.params = {{QStringLiteral("MARVENTO"), QStringLiteral("key:REF_NBR"), QStringLiteral("="), number},
+                    {QStringLiteral("MARVENTO"), QStringLiteral("key:REF_TYP_CD"), QStringLiteral("="), type}};
+  return request;
+}
+
+// Runs `use` with a connection of its own to a SQLite file, on the test thread.
+void withFile(const QString& path, const std::function<void(QSqlDatabase&)>& use) {
+  const QString name = QStringLiteral("links-test-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
+  {
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+    db.setDatabaseName(path);
+    ASSERT_TRUE(db.open());
+    use(db);
+    db.close();
+  }
+  QSqlDatabase::removeDatabase(name);
+}
+
+int countRows(const QString& path, const QString& table) {
+  int count = -1;
+  withFile(path, [&](QSqlDatabase& db) {
+    QSqlQuery query(db);
+    if (query.exec(QStringLiteral("SELECT COUNT(*) FROM ") + table) && query.next()) {
+      count = query.value(0).toInt();
+    }
+  });
+  return count;
+}
+
+// A first officer and an account of the demo set, read from the file.
+struct DemoFacts {
+  QString officer;
+  QString type;
+  QString number;
+};
+
+DemoFacts demoFacts(const QString& path) {
+  DemoFacts facts;
+  withFile(path, [&](QSqlDatabase& db) {
+    QSqlQuery query(db);
+    if (query.exec(QStringLiteral("SELECT OFFICER_ID FROM OFFICER ORDER BY OFFICER_ID")) && query.next()) {
+      facts.officer = query.value(0).toString();
+    }
+    if (query.exec(QStringLiteral("SELECT REF_TYP_CD, REF_NBR FROM ACCT_RCVBL ORDER BY ACCT_RCVBL_ID")) &&
+        query.next()) {
+      facts.type = query.value(0).toString();
+      facts.number = query.value(1).toString();
+    }
+  });
+  return facts;
+}
+
+Reply submitAndWait(HostLink& link, const Request& request) {
+  QSignalSpy replies(&link, &HostLink::replyReady);
+  link.submit(request);
+  if (!replies.wait(kWaitMs)) {
+    return Reply::failure(request.replyTo, request.requestId, QStringLiteral("no reply in the test's time"));
+  }
+  return replies.takeFirst().at(0).value<Reply>();
+}
+
+class EmbeddedLinkTest : public ::testing::Test {
+protected:
+  void SetUp() override { ASSERT_TRUE(m_dir.isValid()); }
+
+  EmbeddedLinkOptions options(const QString& officer = {}) const {
+    EmbeddedLinkOptions o;
+    o.dataFolder = m_dir.filePath(QStringLiteral("data"));
+    o.officerId = officer;
+    return o;
+  }
+  QString path() const { return m_dir.filePath(QStringLiteral("data/adjustacc.sqlite")); }
+
+  // Starts a link once so that the file holds the demo set, and reads what the tests need from it.
+  DemoFacts prepareDemo() {
+    {
+      EmbeddedLink link(options());
+      submitAndWait(link, inquiry(QStringLiteral("NOBODY"), QStringLiteral("X"), QStringLiteral("1")));
+    }
+    return demoFacts(path());
+  }
+
+  QTemporaryDir m_dir;
+};
+
+TEST_F(EmbeddedLinkTest, FirstStartCreatesTheFileWithTheDemoSetAndAnswersOnTheCallersThread) {
+  const DemoFacts facts = prepareDemo();
+  ASSERT_FALSE(facts.officer.isEmpty()) << "the demo set has officers";
+  ASSERT_FALSE(facts.number.isEmpty()) << "the demo set has accounts";
+
+  EmbeddedLink link(options(facts.officer));
+  EXPECT_EQ(link.databasePath(), path());
+  QThread* deliveredOn = nullptr;
+  QObject::connect(&link, &HostLink::replyReady, &link, [&] { deliveredOn = QThread::currentThread(); });
+  const Request request = inquiry(facts.officer, facts.type, facts.number);
+  const Reply reply = submitAndWait(link, request);
+
+  EXPECT_EQ(reply.error, QString());
+  EXPECT_EQ(reply.requestId, request.requestId);
+  EXPECT_EQ(reply.replyTo, request.replyTo);
+  ASSERT_TRUE(reply.hasSection(QStringLiteral("ACNTSRCVBL")));
+  EXPECT_GT(reply.section(QStringLiteral("ACNTSRCVBL"))->recordCount(), 0);
+  EXPECT_EQ(deliveredOn, QThread::currentThread());
+  EXPECT_EQ(link.pending(), 0);
+}
+
+TEST_F(EmbeddedLinkTest, DemoSetFillsOnlyADatabaseWithoutOfficers) {
+  // One database already in use (it has an officer of its own), one whose first filling never happened.
+  const auto prepare = [&](const QString& folder, bool withOfficer) {
+    ASSERT_TRUE(QDir().mkpath(m_dir.filePath(folder)));
+    host::DatabaseOptions db;
+    db.databaseName = m_dir.filePath(folder + QStringLiteral("/adjustacc.sqlite"));
+    const QString name = QStringLiteral("links-test-") + folder;
+    ASSERT_TRUE(host::openDatabase(db, name).ok());
+    ASSERT_TRUE(host::createSchema(name).ok());
+    if (withOfficer) {
+      QSqlQuery query(QSqlDatabase::database(name, false));
+      ASSERT_TRUE(query.exec(QStringLiteral(
+          "INSERT INTO OFFICER (OFFICER_ID, OFFICER_NM, REGION) VALUES ('LOCAL01', 'Local officer', 'NE')")));
+    }
+    QSqlDatabase::database(name, false).close();
+    QSqlDatabase::removeDatabase(name);
+  };
+  prepare(QStringLiteral("inuse"), true);
+  prepare(QStringLiteral("unfilled"), false);
+  // A zero-length file counts as new.
+  ASSERT_TRUE(QDir().mkpath(m_dir.filePath(QStringLiteral("empty"))));
+  {
+    QFile file(m_dir.filePath(QStringLiteral("empty/adjustacc.sqlite")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  }
+
+  for (const QString& folder : {QStringLiteral("inuse"), QStringLiteral("unfilled"), QStringLiteral("empty")}) {
+    EmbeddedLinkOptions o = options();
+    o.dataFolder = m_dir.filePath(folder);
+    EmbeddedLink link(o);
+    submitAndWait(link, inquiry(QStringLiteral("NOBODY"), QStringLiteral("X"), QStringLiteral("1")));
+  }
+  EXPECT_EQ(countRows(m_dir.filePath(QStringLiteral("inuse/adjustacc.sqlite")), QStringLiteral("OFFICER")), 1);
+  EXPECT_GT(countRows(m_dir.filePath(QStringLiteral("unfilled/adjustacc.sqlite")), QStringLiteral("OFFICER")), 1);
+  EXPECT_GT(countRows(m_dir.filePath(QStringLiteral("empty/adjustacc.sqlite")), QStringLiteral("OFFICER")), 1);
+}
+
+// Latency and the drop switch against the request message's time-out.
+struct TimeoutCase {
+  const char* name;
+  int latencyMs;
+  bool drop;
+  int timeoutMs;
+  bool expectTimeout;
+  bool expectLinkReply;  // the late answer still reaches the link (and is dropped by the message)
+};
+
+class EmbeddedLinkTimeoutTest : public EmbeddedLinkTest, public ::testing::WithParamInterface<TimeoutCase> {};
+
+TEST_P(EmbeddedLinkTimeoutTest, RequestMessageSeesExactlyOneDataReady) {
+  const TimeoutCase c = GetParam();
+  const DemoFacts facts = prepareDemo();
+  EmbeddedLinkOptions o = options(facts.officer);
+  o.latencyMs = c.latencyMs;
+  o.dropReplies = c.drop;
+  EmbeddedLink link(o);
+
+  RequestMessage message(&link);
+  message.setReplyTo(QStringLiteral("ADJUSTACC"));
+  message.setVersion(QStringLiteral("1"));
+  message.setRequestCode(47);
+  message.setUser(facts.officer);
+  message.addParameter({QStringLiteral("MARVENTO"), QStringLiteral("key:REF_NBR"), QStringLiteral("="), facts.number});
+  message.addParameter({QStringLiteral("MARVENTO"), QStringLiteral("key:REF_TYP_CD"), QStringLiteral("="), facts.type});
+  message.setTimeoutInterval(c.timeoutMs);
+  QSignalSpy timeouts(&message, &RequestMessage::MsgTimeout);
+  QSignalSpy dataReady(&message, &RequestMessage::DataReady);
+  QSignalSpy linkReplies(&link, &HostLink::replyReady);
+  message.send();
+
+  ASSERT_TRUE(dataReady.wait(kWaitMs));
+  const Reply reply = dataReady.at(0).at(1).value<Reply>();
+  EXPECT_EQ(timeouts.count(), c.expectTimeout ? 1 : 0);
+  EXPECT_EQ(reply.timedOut, c.expectTimeout);
+  EXPECT_EQ(reply.ok(), !c.expectTimeout) << qPrintable(reply.error);
+
+  // Let the link finish: the late answer arrives (or is dropped) and the message stays answered once.
+  EXPECT_TRUE(QTest::qWaitFor([&] { return link.pending() == 0; }, kWaitMs));
+  QCoreApplication::processEvents();
+  EXPECT_EQ(linkReplies.count(), c.expectLinkReply ? 1 : 0);
+  EXPECT_EQ(dataReady.count(), 1);
+  EXPECT_EQ(timeouts.count(), c.expectTimeout ? 1 : 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    LatencyAndDrops, EmbeddedLinkTimeoutTest,
+    ::testing::Values(TimeoutCase{"AnsweredInTime", 0, false, 15000, false, true},
+                      TimeoutCase{"SlowerThanTheTimeout", 1500, false, 50, true, true},
+                      TimeoutCase{"ReplyDropped", 0, true, 200, true, false}),
+    [](const ::testing::TestParamInfo<TimeoutCase>& param) { return std::string(param.param.name); });
+
+TEST_F(EmbeddedLinkTest, UnusableDataFolderGivesFailingRepliesAndOneErrorSignal) {
+  // A data folder below a plain file cannot be created.
+  QFile blocker(m_dir.filePath(QStringLiteral("blocker")));
+  ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+  blocker.close();
+  EmbeddedLinkOptions o = options(QStringLiteral("ANYONE"));
+  o.dataFolder = m_dir.filePath(QStringLiteral("blocker/data"));
+  EmbeddedLink link(o);
+  QSignalSpy errors(&link, &EmbeddedLink::databaseError);
+
+  const Request first = inquiry(QStringLiteral("ANYONE"), QStringLiteral("X"), QStringLiteral("1"));
+  const Reply reply = submitAndWait(link, first);
+  EXPECT_FALSE(reply.ok());
+  EXPECT_EQ(reply.requestId, first.requestId);
+  EXPECT_TRUE(reply.error.contains(QStringLiteral("could not be"))) << qPrintable(reply.error);
+  submitAndWait(link, inquiry(QStringLiteral("ANYONE"), QStringLiteral("X"), QStringLiteral("1")));
+  EXPECT_EQ(errors.count(), 1);
+}
+
+TEST_F(EmbeddedLinkTest, DestroyingTheLinkWithRequestsInFlightClosesItsConnection) {
+  const DemoFacts facts = prepareDemo();
+  const QStringList before = QSqlDatabase::connectionNames();
+  {
+    EmbeddedLink link(options(facts.officer));
+    QSignalSpy replies(&link, &HostLink::replyReady);
+    for (int i = 0; i < 20; ++i) {
+      link.submit(inquiry(facts.officer, facts.type, facts.number));
+    }
+  }
+  EXPECT_EQ(QSqlDatabase::connectionNames(), before);
+  // The file is whole and usable again.
+  EmbeddedLink again(options(facts.officer));
+  EXPECT_TRUE(submitAndWait(again, inquiry(facts.officer, facts.type, facts.number)).ok());
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// The remote link against a scripted HTTP peer.
+
+class ScriptedHttpPeer : public QObject {
+public:
+  // What to answer a complete request with; an empty answer leaves the request hanging.
+  using Answer = std::function<QByteArray(const QByteArray& head, const QByteArray& body)>;
+
+  explicit ScriptedHttpPeer(Answer answer) : m_answer(std::move(answer)) {
+    m_server.listen(QHostAddress::LocalHost, 0);
+    connect(&m_server, &QTcpServer::newConnection, this, [this] {
+      while (QTcpSocket* socket = m_server.nextPendingConnection()) {
+        connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(socket); });
+      }
+    });
+  }
+  QUrl url() const { return QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_server.serverPort())); }
+  QByteArray lastHead;
+  QByteArray lastBody;
+
+private:
+  void read(QTcpSocket* socket) {
+    QByteArray& buffer = m_buffers[socket];
+    buffer += socket->readAll();
+    const qsizetype end = buffer.indexOf("\r\n\r\n");
+    if (end < 0) {
+      return;
+    }
+    const QByteArray head = buffer.left(end);
+    qsizetype length = 0;
+    for (const QByteArray& line : head.split('\n')) {
+      if (line.toLower().startsWith("content-length:")) {
+        length = line.mid(15).trimmed().toLongLong();
+      }
+    }
+    if (buffer.size() < end + 4 + length) {
+      return;
+    }
+    lastHead = head;
+    lastBody = buffer.mid(end + 4, length);
+    buffer.clear();
+    const QByteArray answer = m_answer(lastHead, lastBody);
+    if (!answer.isEmpty()) {
+      socket->write(answer);
+    }
+  }
+
+  Answer m_answer;
+  QTcpServer m_server;
+  QHash<QTcpSocket*, QByteArray> m_buffers;
+};
+
+QByteArray httpAnswer(const QByteArray& statusLine, const QByteArray& contentType, const QByteArray& body) {
+  return "HTTP/1.1 " + statusLine + "\r\nContent-Type: " + contentType +
+         "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n" + body;
+}
+
+TEST(RemoteLinkTest, SendsTheRequestAsJsonWithTheTokenAndDeliversTheDecodedReply) {
+  Request request = inquiry(QStringLiteral("OFFICER1"), QStringLiteral("CIT"), QStringLiteral("2000001"));
+  request.records = {{QStringLiteral("ADJUSTAR"), {}}};
+  request.records[0].records.append(messaging::SaveRecord());
+  request.records[0].records[0].setField(QStringLiteral("ACTION"), QVariant());
+  ScriptedHttpPeer peer([](const QByteArray&, const QByteArray& body) {
+    const auto decoded = messaging::decodeRequest(body);
+    Reply reply;
+    reply.replyTo = decoded.ok() ? decoded->replyTo : QString();
+    reply.requestId = decoded.ok() ? decoded->requestId : QString();
+    messaging::RecordSet rows({{QStringLiteral("RCPT_NBR"), messaging::FieldType::Text}});
+    rows.addNew({QStringLiteral("R1")});
+    rows.addNew({QVariant()});
+    reply.sections.insert(QStringLiteral("RECEIPT"), rows);
+    return httpAnswer("200 OK", "application/json", messaging::encodeReply(reply));
+  });
+  RemoteLink link(QUrl(peer.url().toString() + QStringLiteral("/adjustacc/")), QStringLiteral("secret-token"));
+  EXPECT_EQ(link.requestUrl().path(), QStringLiteral("/adjustacc/v1/request"));
+
+  const Reply reply = submitAndWait(link, request);
+  ASSERT_TRUE(reply.ok()) << qPrintable(reply.error);
+  EXPECT_EQ(reply.requestId, request.requestId);
+  ASSERT_TRUE(reply.hasSection(QStringLiteral("RECEIPT")));
+  const messaging::RecordSet* receipts = reply.section(QStringLiteral("RECEIPT"));
+  ASSERT_EQ(receipts->recordCount(), 2);
+  EXPECT_EQ(receipts->valueAt(0, 0).toString(), QStringLiteral("R1"));
+  EXPECT_TRUE(receipts->isNullAt(1, 0));
+
+  EXPECT_TRUE(peer.lastHead.startsWith("POST /adjustacc/v1/request HTTP/1.1")) << peer.lastHead.constData();
+  EXPECT_TRUE(peer.lastHead.contains("Authorization: Bearer secret-token")) << peer.lastHead.constData();
+  const auto sent = messaging::decodeRequest(peer.lastBody);
+  ASSERT_TRUE(sent.ok()) << qPrintable(sent.error());
+  EXPECT_EQ(sent.value(), request);
+  EXPECT_EQ(link.pending(), 0);
+}
+
+// Each way an HTTP peer can fail becomes a failing reply for the request that was sent.
+struct PeerFailure {
+  const char* name;
+  std::function<QByteArray(const Request&)> answer;  // empty answer: the peer never answers
+  const char* expectedText;
+};
+
+class RemoteLinkFailureTest : public ::testing::TestWithParam<PeerFailure> {};
+
+TEST_P(RemoteLinkFailureTest, BecomesAFailingReplyForTheRequest) {
+  const PeerFailure c = GetParam();
+  const Request request = inquiry(QStringLiteral("OFFICER1"), QStringLiteral("CIT"), QStringLiteral("2000001"));
+  ScriptedHttpPeer peer([&](const QByteArray&, const QByteArray&) { return c.answer(request); });
+  RemoteLink link(peer.url(), QStringLiteral("token"));
+  link.setTransferTimeout(300);
+
+  const Reply reply = submitAndWait(link, request);
+  EXPECT_FALSE(reply.ok());
+  EXPECT_EQ(reply.requestId, request.requestId);
+  EXPECT_EQ(reply.replyTo, request.replyTo);
+  EXPECT_TRUE(reply.error.contains(QLatin1String(c.expectedText))) << qPrintable(reply.error);
+  EXPECT_EQ(link.pending(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Peers, RemoteLinkFailureTest,
+    ::testing::Values(
+        PeerFailure{"Unreadable200", [](const Request&) { return httpAnswer("200 OK", "application/json", "{\"replyTo\":"); },
+                    "could not be read"},
+        PeerFailure{"ProxyErrorPage",
+                    [](const Request&) { return httpAnswer("502 Bad Gateway", "text/html", "<html>down</html>"); },
+                    "HTTP status 502"},
+        PeerFailure{"RefusalWithoutErrorText",
+                    [](const Request& r) {
+                      Reply good;
+                      good.replyTo = r.replyTo;
+                      good.requestId = r.requestId;
+                      return httpAnswer("500 Internal Server Error", "application/json", messaging::encodeReply(good));
+                    },
+                    "HTTP status 500"},
+        PeerFailure{"HostRefusalKeepsItsText",
+                    [](const Request& r) {
+                      return httpAnswer("401 Unauthorized", "application/json",
+                                        messaging::encodeReply(Reply::failure(r.replyTo, r.requestId,
+                                                                              QStringLiteral("Token not valid."))));
+                    },
+                    "Token not valid."},
+        PeerFailure{"AnswerToAnotherRequest",
+                    [](const Request& r) {
+                      Reply other;
+                      other.replyTo = r.replyTo;
+                      other.requestId = QStringLiteral("someone-else");
+                      return httpAnswer("200 OK", "application/json", messaging::encodeReply(other));
+                    },
+                    "another request"},
+        PeerFailure{"HangingPeer", [](const Request&) { return QByteArray(); }, "did not answer"}),
+    [](const ::testing::TestParamInfo<PeerFailure>& param) { return std::string(param.param.name); });
+
+TEST(RemoteLinkTest, DeadHostGivesAFailingReply) {
+  quint16 port = 0;
+  {
+    QTcpServer probe;
+    ASSERT_TRUE(probe.listen(QHostAddress::LocalHost, 0));
+    port = probe.serverPort();
+  }
+  RemoteLink link(QUrl(QStringLiteral("http://127.0.0.1:%1").arg(port)), QStringLiteral("token"));
+  const Request request = inquiry(QStringLiteral("OFFICER1"), QStringLiteral("CIT"), QStringLiteral("2000001"));
+  const Reply reply = submitAndWait(link, request);
+  EXPECT_FALSE(reply.ok());
+  EXPECT_EQ(reply.requestId, request.requestId);
+  EXPECT_TRUE(reply.error.contains(QStringLiteral("refused"))) << qPrintable(reply.error);
+}
+
+TEST(RemoteLinkTest, RequestMessageTimesOutOnAHangingHostLikeOnTheEmbeddedLink) {
+  ScriptedHttpPeer peer([](const QByteArray&, const QByteArray&) { return QByteArray(); });
+  auto link = std::make_unique<RemoteLink>(peer.url(), QStringLiteral("token"));
+  RequestMessage message(link.get());
+  message.setReplyTo(QStringLiteral("ADJUSTACC"));
+  message.setRequestCode(47);
+  message.setUser(QStringLiteral("OFFICER1"));
+  message.setTimeoutInterval(50);
+  QSignalSpy timeouts(&message, &RequestMessage::MsgTimeout);
+  QSignalSpy dataReady(&message, &RequestMessage::DataReady);
+  message.send();
+  ASSERT_TRUE(dataReady.wait(kWaitMs));
+  EXPECT_EQ(timeouts.count(), 1);
+  EXPECT_TRUE(dataReady.at(0).at(1).value<Reply>().timedOut);
+  EXPECT_EQ(link->pending(), 1);
+  // Closing the link abandons the hung transfer without delivering anything.
+  link.reset();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(dataReady.count(), 1);
+}
+
+}  // namespace
