@@ -1,9 +1,12 @@
 #!/usr/bin/env bash
-# Starts what exists of the application on the embedded default with demo data.
+# Starts the desktop application on the embedded host with demo data (the database is made in the user's data
+# folder on first start). Extra arguments go to adjustacc, e.g. scripts/run-app.sh build/debug --user CLERK01.
+# Without a display the application shows itself through a VNC server on 127.0.0.1 and prints how to connect.
 set -euo pipefail
 build=${1:-build/debug}
-if [ -x "$build/src/desktop/adjustacc" ]; then
-  exec "$build/src/desktop/adjustacc" "${@:2}"
+app="$build/src/desktop/adjustacc"
+if [ ! -x "$app" ]; then
+  echo "The application is not built: $app is missing. Run 'make run' (or 'make build') first." >&2
+  exit 1
 fi
-echo "The desktop application is not built yet; running the test suites instead." >&2
-exec "$(dirname "$0")/run-tests.sh" "$build"
+exec "$app" "${@:2}"

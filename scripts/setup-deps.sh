@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   cmake ninja-build g++ clang libclang-rt-14-dev make pkg-config
-  qt6-base-dev qt6-base-dev-tools qt6-httpserver-dev qt6-qpa-plugins
+  qt6-base-dev qt6-base-dev-tools qt6-httpserver-dev qt6-websockets-dev qt6-qpa-plugins
   libqt6sql6-sqlite libqt6sql6-psql libgl-dev
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   postgresql

@@ -132,7 +132,7 @@ Outcome activityInquiry(const Context& context) {
     return refuse(receivable.error());
   }
   Sections sections;
-  if (!receivable.value()) {
+  if (!receivable.value() || (!number->checkDigit.isEmpty() && number->checkDigit != receivable.value()->checkDigit)) {
     sections.insert(activityBuilder().sectionName(), activityBuilder().empty());
     return sections;
   }

@@ -472,7 +472,7 @@ Outcome saveArAdjustment(const Context& context) {
         const Assessment& a = change.assessment;
         const QString what = QStringLiteral("Assessment %1 of %2").arg(a.code, receivable.what().toLower());
         qint64 newBalance = 0;
-        QVariant reverses(QMetaType(QMetaType::LongLong));
+        QVariant reverses{QMetaType(QMetaType::LongLong)};
         if (!change.removal) {
           Result<std::optional<std::pair<qint64, qint64>>> removal = openRemoval(sql, a.id);
           if (!removal) {

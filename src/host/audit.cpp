@@ -198,6 +198,9 @@ Result<bool> AuditedWriter::update(const QString& table, const ColumnValues& key
   if (versioned) {
     sets.append(QStringLiteral("ROW_VRSN_NBR = ROW_VRSN_NBR + 1"));
   }
+  if (sets.isEmpty()) {
+    return Result<bool>::failure(QStringLiteral("Internal error: nothing to change in %1").arg(table));
+  }
   QString statement = QStringLiteral("UPDATE %1 SET %2 WHERE %3").arg(table, sets.join(u','), whereClause(key));
   bound.append(keyValues(key));
   if (expectedVersion && versioned) {

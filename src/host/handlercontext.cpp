@@ -73,10 +73,9 @@ RecordSet SectionBuilder::build(QSqlQuery& query, int expectedRows) const {
   if (expectedRows > 0) {
     set.reserve(expectedRows);
   }
-  const qsizetype width = m_fields.size();
-  QList<QVariant> row;
+  // Fields no source fills stay null in every row; the others are overwritten row by row.
+  QList<QVariant> row(m_fields.size());
   while (query.next()) {
-    row.fill(QVariant(), width);
     for (size_t i = 0; i < m_slots.size(); ++i) {
       const Slot& slot = m_slots[i];
       if (slot.field >= 0) {

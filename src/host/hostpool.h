@@ -17,9 +17,8 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
-
-class QThread;
 
 namespace adjustacc::host {
 
@@ -76,7 +75,7 @@ private:
   std::condition_variable m_wake;
   std::deque<Job> m_jobs;
   bool m_stopping = false;
-  std::vector<QThread*> m_threads;
+  std::vector<std::thread> m_threads;
 };
 
 }  // namespace adjustacc::host

@@ -215,6 +215,9 @@ void HttpService::handlePost(const QHttpServerRequest& request, QHttpServerRespo
       answer = failureBody(replyTo, requestId, text);
     };
 
+    if (TokenStore* tokens = session.tokens()) {
+      tokens->setCacheLifetime(m_options.tokenCacheLifetime);
+    }
     if (!session.system()) {
       const auto [replyTo, requestId] = envelopeOf(body);
       entry.requestId = requestId;

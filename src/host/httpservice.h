@@ -20,6 +20,7 @@
 #include <QObject>
 #include <QString>
 
+#include <chrono>
 #include <memory>
 
 class QHttpServer;
@@ -39,6 +40,8 @@ struct HttpServiceOptions {
   qsizetype maxBodyBytes = messaging::jsonlimits::kMaxRequestBytes;
   // Requests allowed to wait for a free worker before new ones are answered 503.
   int maxQueued = 256;
+  // How long a worker trusts what it read of a token; a revoked token stops working within this time.
+  std::chrono::milliseconds tokenCacheLifetime{5000};
 };
 
 // What the service logs for each request it answered.

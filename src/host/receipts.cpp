@@ -464,9 +464,13 @@ Outcome saveTransfer(const Context& context) {
       return refuse(QStringLiteral("The transfer does not take %1 records.").arg(list.name));
     }
   }
-  if (!context.officer.has(rights::AdjustReceipt) || context.officer.has(rights::AdjustReceiptCancelOnly)) {
-    return refuse(missingRightText(context.officer, rights::AdjustReceipt,
-                                   QStringLiteral("transfer excess funds (and not only cancel receipts)")));
+  if (!context.officer.has(rights::AdjustReceipt)) {
+    return refuse(missingRightText(context.officer, rights::AdjustReceipt, QStringLiteral("transfer excess funds")));
+  }
+  if (context.officer.has(rights::AdjustReceiptCancelOnly)) {
+    return refuse(QStringLiteral("Officer %1 may only cancel whole receipts (right %2); excess funds can not be "
+                                 "transferred under it.")
+                      .arg(context.officer.id, rights::AdjustReceiptCancelOnly));
   }
   Result<QString> receiptNumber = receiptParam(context, QStringLiteral("key:OVRG_RCPT"));
   if (!receiptNumber) {

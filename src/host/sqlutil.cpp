@@ -4,6 +4,8 @@
 #include <QSqlError>
 #include <QSqlRecord>
 
+#include <iterator>
+
 namespace adjustacc::host {
 
 using messaging::Result;
@@ -112,19 +114,25 @@ Result<qint64> Sql::insertReturningId(const QString& statement, const QVariantLi
 }
 
 QString centsToText(qint64 cents) {
+  // Written straight into one buffer: replies carry hundreds of thousands of amounts.
+  char16_t buffer[24];
+  char16_t* end = buffer + std::size(buffer);
+  char16_t* p = end;
   const bool negative = cents < 0;
-  const quint64 magnitude = negative ? quint64(0) - quint64(cents) : quint64(cents);
-  QString text;
-  text.reserve(16);
+  quint64 magnitude = negative ? quint64(0) - quint64(cents) : quint64(cents);
+  *--p = char16_t(u'0' + magnitude % 10);
+  magnitude /= 10;
+  *--p = char16_t(u'0' + magnitude % 10);
+  magnitude /= 10;
+  *--p = u'.';
+  do {
+    *--p = char16_t(u'0' + magnitude % 10);
+    magnitude /= 10;
+  } while (magnitude > 0);
   if (negative) {
-    text.append(u'-');
+    *--p = u'-';
   }
-  text.append(QString::number(magnitude / 100));
-  text.append(u'.');
-  const quint64 fraction = magnitude % 100;
-  text.append(QChar(u'0' + char16_t(fraction / 10)));
-  text.append(QChar(u'0' + char16_t(fraction % 10)));
-  return text;
+  return QString(reinterpret_cast<const QChar*>(p), end - p);
 }
 
 std::optional<qint64> parseCents(QStringView text) {

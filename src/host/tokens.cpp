@@ -6,6 +6,8 @@
 #include <QSqlError>
 #include <QSqlQuery>
 
+#include <chrono>
+
 
 namespace adjustacc::host {
 
@@ -73,9 +75,14 @@ QString sqlFailure(const QString& what, const QSqlQuery& query) {
 
 const QString kInvalidToken = QStringLiteral("The sign-on token is not valid.");
 
+// Bounds the memory a stream of different (valid) tokens can take; the cache simply starts over.
+constexpr qsizetype kMaxCachedTokens = 4096;
+
 }  // namespace
 
 TokenStore::TokenStore(QString connectionName) : m_connectionName(std::move(connectionName)) {}
+
+TokenStore::~TokenStore() = default;
 
 Result<bool> TokenStore::ensureTable() {
   QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
@@ -165,27 +172,53 @@ TokenStore::Check TokenStore::verify(const QString& token) const {
   if (!split(token, &tokenId, &secret)) {
     return check;
   }
-  QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
-  query.setForwardOnly(true);
-  query.prepare(QStringLiteral("SELECT OFFICER_ID, SALT, TOKEN_HASH, REVOKED_TS FROM HOST_TOKEN WHERE TOKEN_ID = ?"));
-  query.addBindValue(tokenId);
-  if (!query.exec()) {
-    check.outcome = Check::Outcome::Failed;
-    check.error = sqlFailure(QStringLiteral("Could not check the sign-on token"), query);
-    return check;
+  const auto now = std::chrono::steady_clock::now();
+  StoredToken stored;
+  const auto cached = m_cache.constFind(tokenId);
+  if (m_cacheLifetime.count() > 0 && cached != m_cache.constEnd() && now - cached->fetched < m_cacheLifetime) {
+    stored = cached.value();
+  } else {
+    if (!m_lookup) {
+      auto prepared = std::make_unique<QSqlQuery>(QSqlDatabase::database(m_connectionName, false));
+      prepared->setForwardOnly(true);
+      if (!prepared->prepare(QStringLiteral(
+              "SELECT OFFICER_ID, SALT, TOKEN_HASH, REVOKED_TS FROM HOST_TOKEN WHERE TOKEN_ID = ?"))) {
+        check.outcome = Check::Outcome::Failed;
+        check.error = sqlFailure(QStringLiteral("Could not check the sign-on token"), *prepared);
+        return check;
+      }
+      m_lookup = std::move(prepared);
+    }
+    QSqlQuery& query = *m_lookup;
+    query.bindValue(0, tokenId);
+    if (!query.exec()) {
+      check.outcome = Check::Outcome::Failed;
+      check.error = sqlFailure(QStringLiteral("Could not check the sign-on token"), query);
+      m_lookup.reset();  // prepared again next time (the connection may have been replaced)
+      return check;
+    }
+    if (!query.next()) {
+      query.finish();
+      return check;
+    }
+    stored.officerId = query.value(0).toString();
+    stored.salt = QByteArray::fromHex(query.value(1).toString().toLatin1());
+    stored.hash = query.value(2).toString();
+    stored.revoked = !query.value(3).isNull();
+    stored.fetched = now;
+    query.finish();
+    if (m_cacheLifetime.count() > 0) {
+      if (m_cache.size() >= kMaxCachedTokens) {
+        m_cache.clear();
+      }
+      m_cache.insert(tokenId, stored);
+    }
   }
-  if (!query.next()) {
-    return check;
-  }
-  const QString officer = query.value(0).toString();
-  const QByteArray salt = QByteArray::fromHex(query.value(1).toString().toLatin1());
-  const QString storedHash = query.value(2).toString();
-  const bool revoked = !query.value(3).isNull();
-  if (!equalInConstantTime(hashSecret(salt, secret), storedHash) || revoked) {
+  if (!equalInConstantTime(hashSecret(stored.salt, secret), stored.hash) || stored.revoked) {
     return check;
   }
   check.outcome = Check::Outcome::Valid;
-  check.officerId = officer;
+  check.officerId = stored.officerId;
   check.error.clear();
   return check;
 }

@@ -9,8 +9,14 @@
 #include "messaging/result.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QList>
 #include <QString>
+
+#include <chrono>
+#include <memory>
+
+class QSqlQuery;
 
 namespace adjustacc::host {
 
@@ -33,6 +39,9 @@ class TokenStore {
 public:
   // Uses an open connection; must be used on the thread that opened it.
   explicit TokenStore(QString connectionName);
+  ~TokenStore();
+  TokenStore(const TokenStore&) = delete;
+  TokenStore& operator=(const TokenStore&) = delete;
 
   // Creates table HOST_TOKEN when absent (idempotent, on either database).
   messaging::Result<bool> ensureTable();
@@ -51,6 +60,11 @@ public:
   };
   Check verify(const QString& token) const;
 
+  // Lets verify() keep what it read of a token for this long before reading it again (0, the default: read it
+  // every time). The service uses a few seconds, which spares a database round trip on nearly every request;
+  // a token revoked meanwhile keeps working for at most that long. An altered secret is refused all the same.
+  void setCacheLifetime(std::chrono::milliseconds lifetime) { m_cacheLifetime = lifetime; }
+
   // Revokes every token of the officer in force; returns how many were revoked.
   messaging::Result<int> revokeOfficer(const QString& officerId);
   // Revokes one token by its id; false when no such token is in force.
@@ -64,6 +78,18 @@ public:
 
 private:
   QString m_connectionName;
+  // The look-up of verify(), prepared once: every request of the service runs it, and preparing it anew would
+  // cost the database round trips each time.
+  mutable std::unique_ptr<QSqlQuery> m_lookup;
+  struct StoredToken {
+    QString officerId;
+    QByteArray salt;
+    QString hash;
+    bool revoked = false;
+    std::chrono::steady_clock::time_point fetched;
+  };
+  std::chrono::milliseconds m_cacheLifetime{0};
+  mutable QHash<QString, StoredToken> m_cache;
 };
 
 }  // namespace adjustacc::host

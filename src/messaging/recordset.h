@@ -129,7 +129,8 @@ public:
   // Grows whenever rows, values, the sort or the filter change; a bound list compares it to redraw.
   std::uint64_t revision() const;
 
-  // Bytes held by the row storage of this set (for memory checks); shared storage is counted in full.
+  // Bytes held by the row storage of this set, the comparison keys built so far included, and by this
+  // copy's view (for memory checks); shared storage is counted in full.
   std::size_t storageBytes() const;
 
 private:

@@ -1,17 +1,22 @@
 #pragma once
-// Comparison keys of one record-set column.
+// Comparison keys of one record-set column, derived from its text on first use and kept until the column
+// changes.
 //
-// Every cell gets a rank: a small integer that orders the column's values the way the record set compares
-// them, with equal values sharing one rank. Sorting and filtering then compare integers instead of text.
+// Typed values (number and date fields): each cell read once as its field's type, so that a filter
+// compares numbers and moments instead of reading text again. One linear pass over the column.
+//
+// Ranks (any field, for sorting): a small integer per cell that orders the column's values the way the
+// record set compares them, with equal values sharing one rank:
 //   rank 0                   null
 //   ranks 1 .. unparsed      values that do not read as the field's type (numbers, dates), in text order
 //   ranks unparsed+1 .. top  values of the field's type, in their own order (text: case-insensitively)
-// A text field has no unparsed values. Built once per column and kept until the column changes.
+// A text field has no unparsed values. Ranks are built by sorting the cells' typed values (or folded
+// text) with a radix sort and numbering the runs of equal values.
 
 #include "recordset.h"
-#include "recordset_values.h"
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -19,28 +24,33 @@ namespace adjustacc::messaging::detail {
 
 class Column;
 
-struct ColumnKeys {
-  FieldType type = FieldType::Text;
-  std::vector<std::uint32_t> rank;            // per physical row
-  std::vector<std::uint32_t> representative;  // per rank: a physical row that holds it (index 0 unused)
-  std::uint32_t unparsed = 0;
-  std::uint32_t top = 0;
+// A moment that is no moment: the cell is null or does not read as a date.
+inline constexpr std::int64_t kNoMoment = std::numeric_limits<std::int64_t>::min();
 
-  std::uint32_t firstParsed() const { return unparsed + 1; }
+struct TypedColumn {
+  // Number fields: the value of each physical row; NaN when the cell is null or not a number (NaN passes
+  // no comparison, which is what such a cell must do).
+  std::vector<double> numbers;
+  // Date and date-time fields: microseconds since 1970 of each physical row; kNoMoment when null or
+  // not a date.
+  std::vector<std::int64_t> moments;
+
   std::size_t bytes() const {
-    return sizeof(ColumnKeys) + (rank.capacity() + representative.capacity()) * sizeof(std::uint32_t);
+    return sizeof(TypedColumn) + numbers.capacity() * sizeof(double) + moments.capacity() * sizeof(std::int64_t);
   }
 };
 
-std::shared_ptr<const ColumnKeys> buildColumnKeys(const Column& column, FieldType type);
+struct ColumnRanks {
+  std::vector<std::uint32_t> rank;  // per physical row
+  std::uint32_t unparsed = 0;
+  std::uint32_t top = 0;
 
-// The typed key of a non-null cell, as the ranks order it.
-SortValue cellValue(const Column& column, std::uint32_t row, FieldType type);
+  std::size_t bytes() const { return sizeof(ColumnRanks) + rank.capacity() * sizeof(std::uint32_t); }
+};
 
-// First rank whose value is not less than `value` (top + 1 when none), searching the parsed ranks when
-// `value` is typed and the unparsed ranks when it is text that did not read as the field's type.
-std::uint32_t lowerBound(const Column& column, const ColumnKeys& keys, const SortValue& value);
-// True when the value of `rank` equals `value`.
-bool rankEquals(const Column& column, const ColumnKeys& keys, std::uint32_t rank, const SortValue& value);
+// Only for number and date fields.
+std::shared_ptr<const TypedColumn> buildTypedColumn(const Column& column, FieldType type);
+// `typed` is the column's typed values for number and date fields, ignored for text.
+std::shared_ptr<const ColumnRanks> buildColumnRanks(const Column& column, FieldType type, const TypedColumn* typed);
 
 }  // namespace adjustacc::messaging::detail

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <compare>
 #include <iterator>
 
 namespace adjustacc::messaging::detail {
@@ -319,13 +320,13 @@ private:
     return value;
   }
 
-  SortValue typedValue(const Literal& literal, const Field& field) {
-    SortValue value;
+  FilterValue typedValue(const Literal& literal, const Field& field) {
+    FilterValue value;
     const QByteArray bytes = literal.text.toUtf8();
     const std::string_view text(bytes.constData(), static_cast<std::size_t>(bytes.size()));
     switch (field.type) {
       case FieldType::Text:
-        value.kind = SortValue::Kind::Text;
+        value.kind = FilterValue::Kind::Text;
         foldText(text, value.folded);
         return value;
       case FieldType::Number: {
@@ -336,7 +337,7 @@ private:
         if (!number) {
           m_in.fail(literal.position, QStringLiteral("%1 is not a number").arg(literal.text));
         }
-        value.kind = SortValue::Kind::Number;
+        value.kind = FilterValue::Kind::Number;
         value.number = *number;
         return value;
       }
@@ -346,7 +347,7 @@ private:
         if (!moment) {
           m_in.fail(literal.position, QStringLiteral("%1 is not a date").arg(literal.text));
         }
-        value.kind = SortValue::Kind::Moment;
+        value.kind = FilterValue::Kind::Moment;
         value.moment = *moment;
         return value;
       }
@@ -380,36 +381,84 @@ Rows minus(const Rows& all, const Rows& some) {
   return out;
 }
 
-// Which ranks of a comparison pass, as [lo, hi] without `except` (0 = none; rank 0 is null and never passes).
-struct RankRange {
-  std::uint32_t lo = 1;
-  std::uint32_t hi = 0;
-  std::uint32_t except = 0;
-};
+// Typed values pay for building when a comparison looks at a good part of the column: then reading every
+// cell once, and keeping the result for the next filter, costs little more than reading the cells
+// asked about. A comparison on a few rows (after a selective AND) reads just their text.
+bool worthTyping(std::size_t candidates, const Data& data) { return candidates * 4 >= data.rows; }
 
-RankRange rankRange(const FilterNode& node, const Column& column, const ColumnKeys& keys) {
+// Keeps the rows whose value, ordered against the filter's value by `order` (unordered: null, or not of
+// the field's type), passes the comparison. Null and unreadable values pass none, not even <>.
+template <typename Order>
+Rows keepByOrder(Rows rows, FilterNode::Compare compare, Order order) {
   using C = FilterNode::Compare;
-  // Only values of the field's own type compare with a typed value; text that is not a number or date
-  // passes no comparison, like null.
-  const std::uint32_t first = keys.firstParsed();
-  const std::uint32_t last = keys.top;
-  const std::uint32_t at = lowerBound(column, keys, node.value);
-  const bool equal = rankEquals(column, keys, at, node.value);
-  switch (node.compare) {
+  switch (compare) {
     case C::Equal:
-      return equal ? RankRange{at, at, 0} : RankRange{};
+      return keepIf(std::move(rows), [&](std::uint32_t r) { return std::is_eq(order(r)); });
     case C::NotEqual:
-      return {first, last, equal ? at : 0};
+      return keepIf(std::move(rows), [&](std::uint32_t r) {
+        const std::partial_ordering o = order(r);
+        return std::is_lt(o) || std::is_gt(o);
+      });
     case C::Less:
-      return {first, at - 1, 0};
+      return keepIf(std::move(rows), [&](std::uint32_t r) { return std::is_lt(order(r)); });
     case C::LessEqual:
-      return {first, equal ? at : at - 1, 0};
+      return keepIf(std::move(rows), [&](std::uint32_t r) { return std::is_lteq(order(r)); });
     case C::Greater:
-      return {equal ? at + 1 : at, last, 0};
+      return keepIf(std::move(rows), [&](std::uint32_t r) { return std::is_gt(order(r)); });
     case C::GreaterEqual:
-      return {at, last, 0};
+      return keepIf(std::move(rows), [&](std::uint32_t r) { return std::is_gteq(order(r)); });
   }
   return {};
+}
+
+Rows compareRows(const FilterNode& node, const Data& data, Rows rows) {
+  constexpr std::partial_ordering kNone = std::partial_ordering::unordered;
+  const auto& column = data.columns[static_cast<std::size_t>(node.field)];
+  const std::uint32_t* cells = column.cells();
+  switch (data.fields[node.field].type) {
+    case FieldType::Text: {
+      // Compared in place: ASCII text needs no folded copy.
+      const std::string_view folded = node.value.folded;
+      std::string scratch;
+      return keepByOrder(std::move(rows), node.compare, [&](std::uint32_t r) -> std::partial_ordering {
+        return cells[r] == kNullCell ? kNone : compareFolded(column.textAt(cells[r]), folded, scratch);
+      });
+    }
+    case FieldType::Number: {
+      const double x = node.value.number;
+      auto typed = data.typedIfBuilt(node.field);
+      if (!typed && worthTyping(rows.size(), data)) {
+        typed = data.typed(node.field);
+      }
+      if (typed) {
+        const double* values = typed->numbers.data();
+        return keepByOrder(std::move(rows), node.compare, [&](std::uint32_t r) { return values[r] <=> x; });
+      }
+      return keepByOrder(std::move(rows), node.compare, [&](std::uint32_t r) -> std::partial_ordering {
+        const auto v = cells[r] == kNullCell ? std::nullopt : parseNumber(column.textAt(cells[r]));
+        return v ? *v <=> x : kNone;
+      });
+    }
+    case FieldType::Date:
+    case FieldType::DateTime: {
+      const std::int64_t x = node.value.moment;
+      auto typed = data.typedIfBuilt(node.field);
+      if (!typed && worthTyping(rows.size(), data)) {
+        typed = data.typed(node.field);
+      }
+      if (typed) {
+        const std::int64_t* values = typed->moments.data();
+        return keepByOrder(std::move(rows), node.compare, [&](std::uint32_t r) -> std::partial_ordering {
+          return values[r] == kNoMoment ? kNone : values[r] <=> x;
+        });
+      }
+      return keepByOrder(std::move(rows), node.compare, [&](std::uint32_t r) -> std::partial_ordering {
+        const auto v = cells[r] == kNullCell ? std::nullopt : parseMoment(column.textAt(cells[r]));
+        return v ? *v <=> x : kNone;
+      });
+    }
+  }
+  return rows;
 }
 
 Rows evaluate(const FilterNode& node, const Data& data, Rows rows) {
@@ -449,42 +498,18 @@ Rows evaluate(const FilterNode& node, const Data& data, Rows rows) {
       const bool wantNull = node.kind == K::IsNull;
       return keepIf(std::move(rows), [&](std::uint32_t r) { return (cells[r] == kNullCell) == wantNull; });
     }
-    case K::Compare: {
-      const auto keys = data.keys(node.field);
-      const auto range = rankRange(node, data.columns[static_cast<std::size_t>(node.field)], *keys);
-      if (range.lo > range.hi) {
-        return {};
-      }
-      const std::uint32_t* rank = keys->rank.data();
-      const std::uint32_t lo = range.lo;
-      const std::uint32_t width = range.hi - range.lo;
-      const std::uint32_t except = range.except;
-      return keepIf(std::move(rows), [&](std::uint32_t r) {
-        const std::uint32_t k = rank[r];
-        return k - lo <= width && k != except;
-      });
-    }
+    case K::Compare:
+      return compareRows(node, data, std::move(rows));
     case K::Like: {
+      // Every type: the pattern sees the value's own text.
       const auto& column = data.columns[static_cast<std::size_t>(node.field)];
-      const FieldType type = data.fields[node.field].type;
+      const std::uint32_t* cells = column.cells();
       std::string folded;
-      if (type == FieldType::Text) {
-        // Values of one rank fold to the same text: match each distinct value once.
-        const auto keys = data.keys(node.field);
-        std::vector<std::uint8_t> hit(keys->top + 1, 0);
-        for (std::uint32_t k = 1; k <= keys->top; ++k) {
-          foldText(column.text(keys->representative[k]), folded);
-          hit[k] = node.pattern->matches(folded) != node.notLike ? 1 : 0;
-        }
-        const std::uint32_t* rank = keys->rank.data();
-        return keepIf(std::move(rows), [&](std::uint32_t r) { return hit[rank[r]] != 0; });
-      }
-      // Number and date fields: the pattern sees each value's own text.
       return keepIf(std::move(rows), [&](std::uint32_t r) {
-        if (column.isNull(r)) {
+        if (cells[r] == kNullCell) {
           return false;
         }
-        foldText(column.text(r), folded);
+        foldText(column.textAt(cells[r]), folded);
         return node.pattern->matches(folded) != node.notLike;
       });
     }
@@ -579,12 +604,12 @@ void applySort(const std::vector<SortKey>& keys, const Data& data, std::vector<s
   if (rows.size() < 2 || keys.empty()) {
     return;
   }
-  std::vector<std::shared_ptr<const ColumnKeys>> held;
+  std::vector<std::shared_ptr<const ColumnRanks>> held;
   std::vector<DirectedKey> directed;
   int keyBits = 0;
   for (const auto& key : keys) {
-    held.push_back(data.keys(key.field));
-    const ColumnKeys& k = *held.back();
+    held.push_back(data.ranks(key.field));
+    const ColumnRanks& k = *held.back();
     DirectedKey d{k.rank.data(), k.unparsed, k.top, key.descending, static_cast<int>(std::bit_width(k.top))};
     keyBits += d.bits;
     directed.push_back(d);

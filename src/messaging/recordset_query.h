@@ -38,7 +38,7 @@ struct FilterNode {
   std::vector<std::unique_ptr<FilterNode>> children;  // And, Or, Not
   int field = -1;
   Compare compare = Compare::Equal;
-  SortValue value;                      // Compare: already read as the field's type
+  FilterValue value;                      // Compare: already read as the field's type
   std::unique_ptr<LikePattern> pattern;  // Like
   bool notLike = false;                  // NOT LIKE: still false for null
 };

@@ -116,9 +116,11 @@ std::size_t Column::textBytes() const {
   return total;
 }
 
-Data::Data(QList<Field> f) : fields(std::move(f)), open(true), columns(static_cast<std::size_t>(fields.size())) {
-  m_keys.resize(columns.size());
-}
+Data::Data(QList<Field> f)
+    : fields(std::move(f)),
+      open(true),
+      columns(static_cast<std::size_t>(fields.size())),
+      m_keys(std::make_unique<KeySlot[]>(columns.size())) {}
 
 Data::Data(const Data& other)
     : fields(other.fields),
@@ -126,9 +128,15 @@ Data::Data(const Data& other)
       columns(other.columns),
       rows(other.rows),
       deletedCount(other.deletedCount),
-      deleted(other.deleted) {
-  std::lock_guard lock(other.m_keyMutex);
-  m_keys = other.m_keys;
+      deleted(other.deleted),
+      m_keys(std::make_unique<KeySlot[]>(columns.size())) {
+  // The copy starts with the keys built so far; a write to a column then drops that column's keys here
+  // only.
+  for (std::size_t c = 0; c < columns.size(); ++c) {
+    std::lock_guard lock(other.m_keys[c].mutex);
+    m_keys[c].typed = other.m_keys[c].typed;
+    m_keys[c].ranks = other.m_keys[c].ranks;
+  }
 }
 
 void Data::markDeleted(std::uint32_t row) {
@@ -145,35 +153,53 @@ void Data::markDeleted(std::uint32_t row) {
 }
 
 void Data::invalidateKeys(int column) {
-  std::lock_guard lock(m_keyMutex);
-  if (column < 0) {
-    for (auto& k : m_keys) {
-      k.reset();
+  for (std::size_t c = 0; c < columns.size(); ++c) {
+    if (column < 0 || static_cast<std::size_t>(column) == c) {
+      std::lock_guard lock(m_keys[c].mutex);
+      m_keys[c].typed.reset();
+      m_keys[c].ranks.reset();
     }
-  } else if (static_cast<std::size_t>(column) < m_keys.size()) {
-    m_keys[static_cast<std::size_t>(column)].reset();
   }
 }
 
-std::shared_ptr<const ColumnKeys> Data::keys(int column) const {
-  std::lock_guard lock(m_keyMutex);
-  auto& slot = m_keys[static_cast<std::size_t>(column)];
-  if (!slot) {
-    slot = buildColumnKeys(columns[static_cast<std::size_t>(column)], fields[column].type);
+std::shared_ptr<const TypedColumn> Data::typedLocked(KeySlot& keys, int column) const {
+  if (!keys.typed) {
+    keys.typed = buildTypedColumn(columns[static_cast<std::size_t>(column)], fields[column].type);
   }
-  return slot;
+  return keys.typed;
+}
+
+std::shared_ptr<const TypedColumn> Data::typed(int column) const {
+  KeySlot& keys = slot(column);
+  std::lock_guard lock(keys.mutex);
+  return typedLocked(keys, column);
+}
+
+std::shared_ptr<const TypedColumn> Data::typedIfBuilt(int column) const {
+  KeySlot& keys = slot(column);
+  std::lock_guard lock(keys.mutex);
+  return keys.typed;
+}
+
+std::shared_ptr<const ColumnRanks> Data::ranks(int column) const {
+  KeySlot& keys = slot(column);
+  std::lock_guard lock(keys.mutex);
+  if (!keys.ranks) {
+    const FieldType type = fields[column].type;
+    // Number and date ranks order the typed values, which a filter can then use too.
+    const auto values = type == FieldType::Text ? nullptr : typedLocked(keys, column);
+    keys.ranks = buildColumnRanks(columns[static_cast<std::size_t>(column)], type, values.get());
+  }
+  return keys.ranks;
 }
 
 std::size_t Data::bytes() const {
   std::size_t total = sizeof(Data) + deleted.capacity() * sizeof(std::uint64_t);
-  for (const auto& c : columns) {
-    total += sizeof(Column) + c.bytes();
-  }
-  std::lock_guard lock(m_keyMutex);
-  for (const auto& k : m_keys) {
-    if (k) {
-      total += k->bytes();
-    }
+  for (std::size_t c = 0; c < columns.size(); ++c) {
+    total += sizeof(Column) + columns[c].bytes() + sizeof(KeySlot);
+    std::lock_guard lock(m_keys[c].mutex);
+    total += m_keys[c].typed ? m_keys[c].typed->bytes() : 0;
+    total += m_keys[c].ranks ? m_keys[c].ranks->bytes() : 0;
   }
   return total;
 }

@@ -5,10 +5,11 @@
 // to a length-prefixed run of bytes, or kNullCell. That keeps a million-row reply to a small multiple
 // of its text instead of one heap string per cell.
 //
-// The typed comparison keys of a column (its "ranks", see recordset_keys.h) are derived data, built on
-// the first sort or filter that needs them and kept until the column changes. Copies on other threads
-// may ask for them at the same time, so the key slots are guarded by a mutex; everything else in a
-// shared Data is read-only (a writer detaches first).
+// The comparison keys of a column (its typed values and its ranks, see recordset_keys.h) are derived
+// data, built on the first sort or filter that needs them and kept until the column changes. Copies on
+// other threads may ask for them at the same time, so each column's key slot has its own mutex (two
+// threads sorting on different columns do not wait for each other); everything else in a shared Data is
+// read-only (a writer detaches first).
 
 #include "recordset.h"
 
@@ -23,7 +24,8 @@ namespace adjustacc::messaging::detail {
 
 inline constexpr std::uint32_t kNullCell = 0xFFFFFFFFu;
 
-struct ColumnKeys;
+struct TypedColumn;
+struct ColumnRanks;
 
 class Column {
 public:
@@ -86,14 +88,25 @@ struct Data {
   }
   void markDeleted(std::uint32_t row);
   void invalidateKeys(int column);  // -1: every column
-  // The comparison keys of a column, built on first use.
-  std::shared_ptr<const ColumnKeys> keys(int column) const;
+  // The typed values of a number or date column, built on first use.
+  std::shared_ptr<const TypedColumn> typed(int column) const;
+  // The typed values when they are already built, otherwise null.
+  std::shared_ptr<const TypedColumn> typedIfBuilt(int column) const;
+  // The ranks of a column, built on first use.
+  std::shared_ptr<const ColumnRanks> ranks(int column) const;
 
   std::size_t bytes() const;
 
 private:
-  mutable std::mutex m_keyMutex;
-  mutable std::vector<std::shared_ptr<const ColumnKeys>> m_keys;
+  struct KeySlot {
+    std::mutex mutex;
+    std::shared_ptr<const TypedColumn> typed;
+    std::shared_ptr<const ColumnRanks> ranks;
+  };
+  KeySlot& slot(int column) const { return m_keys[static_cast<std::size_t>(column)]; }
+  std::shared_ptr<const TypedColumn> typedLocked(KeySlot& keys, int column) const;
+
+  std::unique_ptr<KeySlot[]> m_keys;  // one per column
 };
 
 }  // namespace adjustacc::messaging::detail

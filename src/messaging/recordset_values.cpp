@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 
 namespace adjustacc::messaging::detail {
 
@@ -114,14 +115,69 @@ std::optional<std::int64_t> parseTime(std::string_view text) {
   return ((hour * 60 + minute) * 60 + second) * std::int64_t{1000000} + micros;
 }
 
-bool isAscii(std::string_view text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+// Exact reading of the usual host amount ("-1234.50"): at most 18 digits and no exponent, thousands
+// commas or "$". The digits, read as an integer up to 2^53, and the power of ten are both exact doubles,
+// so one division rounds the decimal value once, correctly: the same double the general reading gives.
+std::optional<double> parsePlainDecimal(std::string_view text) {
+  static constexpr std::array<double, 19> kPowers{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8, 1e9,
+                                                  1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18};
+  std::size_t pos = 0;
+  const bool negative = !text.empty() && text.front() == '-';
+  if (!text.empty() && (text.front() == '-' || text.front() == '+')) {
+    ++pos;
+  }
+  std::uint64_t digits = 0;
+  int count = 0;
+  int fraction = 0;
+  bool point = false;
+  for (; pos < text.size(); ++pos) {
+    const char c = text[pos];
+    if (isDigit(c)) {
+      if (++count > 18) {
+        return std::nullopt;
+      }
+      digits = digits * 10 + static_cast<std::uint64_t>(c - '0');
+      fraction += point ? 1 : 0;
+    } else if (c == '.' && !point) {
+      point = true;
+    } else {
+      return std::nullopt;
+    }
+  }
+  if (count == 0 || digits > (std::uint64_t{1} << 53)) {
+    return std::nullopt;
+  }
+  const double value = static_cast<double>(digits) / kPowers[static_cast<std::size_t>(fraction)];
+  return value == 0 ? 0.0 : (negative ? -value : value);
 }
+
+char lowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
 }  // namespace
 
+bool isAsciiText(std::string_view text) {
+  const char* p = text.data();
+  std::size_t n = text.size();
+  for (; n >= 8; p += 8, n -= 8) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, p, 8);
+    if ((word & 0x8080808080808080ull) != 0) {
+      return false;
+    }
+  }
+  for (; n > 0; ++p, --n) {
+    if (static_cast<unsigned char>(*p) >= 0x80) {
+      return false;
+    }
+  }
+  return true;
+}
+
 std::optional<double> parseNumber(std::string_view text) {
   text = trimmed(text);
+  if (const auto plain = parsePlainDecimal(text)) {
+    return plain;
+  }
   // Clean copy: sign, digits, point, exponent; "$" and thousands commas dropped.
   std::array<char, 80> buffer{};
   std::size_t n = 0;
@@ -284,10 +340,9 @@ void foldText(std::string_view text, std::string& out) {
   while (!text.empty() && text.back() == ' ') {
     text.remove_suffix(1);
   }
-  if (isAscii(text)) {
+  if (isAsciiText(text)) {
     out.resize(text.size());
-    std::transform(text.begin(), text.end(), out.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    std::transform(text.begin(), text.end(), out.begin(), lowerAscii);
     return;
   }
   const QByteArray folded =
@@ -306,23 +361,31 @@ std::string foldText(const QString& text) {
   return foldText(std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
 }
 
-std::strong_ordering compareValues(const SortValue& a, const SortValue& b) {
-  if (a.typed() != b.typed()) {
-    return a.typed() ? std::strong_ordering::greater : std::strong_ordering::less;
+std::strong_ordering compareFolded(std::string_view raw, std::string_view folded, std::string& scratch) {
+  while (!raw.empty() && raw.back() == ' ') {
+    raw.remove_suffix(1);
   }
-  switch (a.kind) {
-    case SortValue::Kind::Number:
-      return a.number < b.number   ? std::strong_ordering::less
-             : b.number < a.number ? std::strong_ordering::greater
-                                   : std::strong_ordering::equal;
-    case SortValue::Kind::Moment:
-      return a.moment <=> b.moment;
-    case SortValue::Kind::Unparsed:
-    case SortValue::Kind::Text:
-      break;
+  // An ASCII prefix of the value folds to itself lowered, byte for byte, whatever follows it; so the
+  // first differing byte within such a prefix decides. Only a value that reaches another character
+  // first is folded in full.
+  const std::size_t common = std::min(raw.size(), folded.size());
+  for (std::size_t i = 0; i < common; ++i) {
+    const char c = raw[i];
+    if (static_cast<unsigned char>(c) >= 0x80) {
+      foldText(raw, scratch);
+      const int order = std::string_view(scratch).compare(folded);
+      return order < 0 ? std::strong_ordering::less
+             : order > 0 ? std::strong_ordering::greater
+                         : std::strong_ordering::equal;
+    }
+    const auto a = static_cast<unsigned char>(lowerAscii(c));
+    const auto b = static_cast<unsigned char>(folded[i]);
+    if (a != b) {
+      return a < b ? std::strong_ordering::less : std::strong_ordering::greater;
+    }
   }
-  const int c = a.folded.compare(b.folded);
-  return c < 0 ? std::strong_ordering::less : c > 0 ? std::strong_ordering::greater : std::strong_ordering::equal;
+  // Equal so far: a longer value is still longer once folded (no character folds to nothing).
+  return raw.size() <=> folded.size();
 }
 
 LikePattern::LikePattern(const QString& pattern) {

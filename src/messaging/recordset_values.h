@@ -28,18 +28,21 @@ void foldText(std::string_view text, std::string& out);
 std::string foldText(std::string_view text);
 std::string foldText(const QString& text);
 
-// A value as the ranks order it.
-struct SortValue {
-  enum class Kind { Unparsed, Number, Moment, Text };
+// True when every byte is ASCII (such text folds by lowering A-Z alone).
+bool isAsciiText(std::string_view text);
+
+// Orders a stored value against an already folded text as foldText(raw) would order, without folding
+// an ASCII value first: only a value with other characters is folded, into `scratch`.
+std::strong_ordering compareFolded(std::string_view raw, std::string_view folded, std::string& scratch);
+
+// A filter's value, read as its field's type.
+struct FilterValue {
+  enum class Kind { Number, Moment, Text };
   Kind kind = Kind::Text;
   double number = 0;
   std::int64_t moment = 0;
-  std::string folded;  // Unparsed and Text
-
-  bool typed() const { return kind != Kind::Unparsed; }
+  std::string folded;  // Text
 };
-// Both values must come from the same field (Unparsed before any typed value).
-std::strong_ordering compareValues(const SortValue& a, const SortValue& b);
 
 // A LIKE pattern: "*" and "%" match any run of characters (also none); "[*]", "[%]" and "[[]" stand for
 // the character itself. Everything else, "_" and "?" included, matches itself, case-insensitively.

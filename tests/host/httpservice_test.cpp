@@ -123,6 +123,7 @@ protected:
 
     host::HttpServiceOptions serviceOptions;
     serviceOptions.database = m_options;
+    serviceOptions.tokenCacheLifetime = std::chrono::milliseconds(0);  // revocations apply at once here
     m_service = std::make_unique<HttpService>(serviceOptions);
     const auto port = m_service->listen(QHostAddress::LocalHost, 0);
     ASSERT_TRUE(port.ok()) << qPrintable(port.error());
@@ -441,6 +442,23 @@ TEST_F(TokenStoreTest, IssuedTokensVerifyToTheirOfficer) {
   EXPECT_EQ(m_store->verify(other->token).officerId, QStringLiteral("CLERK2"));
   EXPECT_FALSE(m_store->issue(QStringLiteral("NOSUCH")).ok());
   EXPECT_FALSE(m_store->issue(QStringLiteral("  ")).ok());
+}
+
+TEST_F(TokenStoreTest, ACachingStoreKeepsWhatItReadButStillChecksTheSecret) {
+  const QString token = m_store->issue(QStringLiteral("CLERK1"))->token;
+  TokenStore caching(m_connection->name());
+  caching.setCacheLifetime(std::chrono::hours(1));
+  ASSERT_TRUE(caching.verify(token).valid());
+
+  QString id;
+  QString secret;
+  ASSERT_TRUE(TokenStore::split(token, &id, &secret));
+  ASSERT_TRUE(m_store->revokeToken(id).value());
+  EXPECT_FALSE(m_store->verify(token).valid()) << "without a cache the revocation applies at once";
+  EXPECT_TRUE(caching.verify(token).valid()) << "within its lifetime the cache answers";
+  QString altered = token;
+  altered[30] = altered[30] == u'x' ? u'y' : u'x';
+  EXPECT_FALSE(caching.verify(altered).valid()) << "the cache keeps the hash, not the verdict";
 }
 
 TEST_F(TokenStoreTest, TheSecretIsNotStored) {

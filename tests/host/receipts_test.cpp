@@ -228,6 +228,8 @@ TEST_P(Receipts, ATransferNeverTakesMoreThanTheOpenExcessOrTheBalanceDue) {
        u"above $0.00"},
       {"cancel-only", transfer(QStringLiteral("8000002"), {{QStringLiteral("1000011"), QStringLiteral("1.00")}},
                                demo::CancelOnly),
+       u"may only cancel whole receipts"},
+      {"no right", transfer(QStringLiteral("8000002"), {{QStringLiteral("1000011"), QStringLiteral("1.00")}}, demo::Approver),
        u"does not hold the right ADJUSTRECEIPT"},
   };
   for (const auto& c : cases) {

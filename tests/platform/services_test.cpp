@@ -1,5 +1,7 @@
 // The services object as a screen gets it, and the small services it bundles.
 
+#include "support/serviceset.h"
+
 #include "messaging/scriptedlink.h"
 #include "platform/checkdigit.h"
 #include "platform/clock.h"
@@ -32,46 +34,7 @@ using namespace adjustacc::platform;
 
 namespace {
 
-class NoCodeTables : public CodeTableSource {
-public:
-  messaging::Result<messaging::RecordSet> run(const QString&) override {
-    return messaging::Result<messaging::RecordSet>::failure(QStringLiteral("no code tables in this test"));
-  }
-};
-
-class NoPrinting : public PrintComponentFactory {
-public:
-  std::unique_ptr<PrintComponent> createPrintComponent() override { return nullptr; }
-};
-
-class NoTemplates : public TemplateLookup {
-public:
-  QString templatePath(int) override { return {}; }
-};
-
-// Everything a screen needs, owned in one place.
-struct ServiceSet {
-  ScriptedUi ui;
-  messaging::ScriptedLink link;
-  Clock clock{QDateTime(QDate(2024, 3, 7), QTime(10, 0))};
-  User user{QStringLiteral("OFC7"), QStringLiteral("Pat Officer"), QStringLiteral("NORTH")};
-  SessionSettings session;
-  StatusBar statusBar;
-  ErrorReporter errors{ui};
-  MemoryCodeLookup codes;
-  NoCodeTables codeTables;
-  KeyFilters keyFilters{codes};
-  CheckDigit checkDigit;
-  FormNumberValidator formNumbers{codes};
-  TroopDistricts troopDistricts{codes};
-  NextNumber numbers{link, session, user};
-  FieldMarking fieldMarking;
-  NoPrinting printing;
-  NoTemplates templates;
-  Services services{ui,         link,        clock,      user,           session,        statusBar,
-                    errors,     codes,       codeTables, keyFilters,     checkDigit,     formNumbers,
-                    troopDistricts, numbers, fieldMarking, printing,    templates};
-};
+using testsupport::ServiceSet;
 
 TEST(ServicesTrap, AnswersTheBodysValueOrTheFallback) {
   ServiceSet set;

@@ -1,0 +1,131 @@
+#include "application.h"
+
+#include "documentwindow.h"
+#include "forminqview.h"
+#include "logging.h"
+#include "selectcustforminqview.h"
+
+#include "document/adjustacc.h"
+#include "host/embeddedlink.h"
+#include "inquiry/forminq.h"
+#include "inquiry/selectcustforminq.h"
+#include "messaging/remotelink.h"
+#include "platform/modmessagetitle.h"
+
+#include <QGuiApplication>
+#include <QTimer>
+
+namespace adjustacc::desktop {
+
+namespace {
+
+std::unique_ptr<messaging::HostLink> makeLink(const StartOptions& options) {
+  if (options.mode == StartOptions::Mode::Remote) {
+    return std::make_unique<messaging::RemoteLink>(options.hostUrl, options.token);
+  }
+  host::EmbeddedLinkOptions embedded;
+  embedded.dataFolder = options.dataFolder;
+  embedded.officerId = options.officerId;
+  embedded.latencyMs = options.latencyMs;
+  return std::make_unique<host::EmbeddedLink>(embedded);
+}
+
+// Each application object has its own connection, so tests may run several one after the other.
+QString codeConnectionName(const void* owner) {
+  return QStringLiteral("adjustacc.codes.%1").arg(reinterpret_cast<quintptr>(owner), 0, 16);
+}
+
+}  // namespace
+
+Application::Application(StartOptions options, QObject* parent)
+    : QObject(parent),
+      m_options(std::move(options)),
+      m_errors(m_ui),
+      m_link(makeLink(m_options)),
+      m_store(codeConnectionName(this)),
+      m_codes(m_store.connectionName(), m_user),
+      m_codeTables(m_store.connectionName(), m_clock),
+      m_keyFilters(m_codes),
+      m_formNumbers(m_codes),
+      m_troopDistricts(m_codes),
+      m_numbers(*m_link, m_session, m_user),
+      m_services{m_ui,         *m_link, m_clock,         m_user,         m_session,     m_statusBar,
+                 m_errors,     m_codes,            m_codeTables,    m_keyFilters,   m_checkDigit,  m_formNumbers,
+                 m_troopDistricts, m_numbers,      m_fieldMarking,  m_printing,     m_printing} {
+  registerViews(m_ui);
+  m_window = std::make_unique<DocumentWindow>(m_ui, m_statusBar);
+  m_ui.setMainWindow(m_window.get());
+  m_signOn = std::make_unique<SignOn>(*m_link, m_session, m_options.officerId, m_store);
+  connect(m_signOn.get(), &SignOn::finished, this, &Application::signedOn);
+  if (auto* embedded = embeddedLink()) {
+    connect(embedded, &host::EmbeddedLink::databaseError, this, [](const QString& text) {
+      qCCritical(lcDesktop).noquote() << "local database:" << text;
+    });
+  }
+  if (!m_store.isOpen()) {
+    qCCritical(lcDesktop).noquote() << m_store.openError();
+  }
+}
+
+Application::~Application() {
+  // Documents close while the services they use still exist.
+  m_window.reset();
+  m_signOn.reset();
+}
+
+void Application::registerViews(QtUi& ui) {
+  ui.registerView<inquiry::QORVA_FormInq, FormInqView>(inquiry::QORVA_FormInq::kFormName);
+  ui.registerView<inquiry::QORVA_SelectCustFormInq, SelectCustFormInqView>(
+      inquiry::QORVA_SelectCustFormInq::kFormName);
+}
+
+host::EmbeddedLink* Application::embeddedLink() const { return qobject_cast<host::EmbeddedLink*>(m_link.get()); }
+
+QString Application::hostDescription() const {
+  if (const host::EmbeddedLink* embedded = embeddedLink()) {
+    return tr("Local data: %1").arg(embedded->databasePath());
+  }
+  return tr("Host: %1").arg(m_options.hostUrl.toDisplayString());
+}
+
+void Application::start() {
+  m_window->show();
+  m_window->setWorking(true);
+  m_window->setPlaceholder(tr("Signing on as %1...").arg(m_options.officerId));
+  m_statusBar.setText(platform::modMessageTitle::LoadingInformation);
+  qCInfo(lcDesktop).noquote() << "starting;" << hostDescription();
+  m_signOn->start();
+}
+
+void Application::signedOn(bool ok) {
+  m_window->setWorking(false);
+  if (!ok) {
+    const QString error = m_signOn->error();
+    m_statusBar.setText(tr("Sign-on failed"));
+    m_window->setPlaceholder(error + QStringLiteral("\n\n") +
+                             tr("Check the officer id (--user) and the host, then start the application again."));
+    m_ui.messageBox(error, platform::MsgButtons::Ok, platform::MsgIcon::Critical,
+                    QGuiApplication::applicationDisplayName());
+    Q_EMIT signOnFailed(error);
+    return;
+  }
+  m_user = m_signOn->user();
+  m_codes.clearCache();
+  m_window->setSignedOn(tr("%1 (%2, region %3)").arg(m_user.name(), m_user.officerId(), m_user.region()),
+                        hostDescription());
+  m_window->setPlaceholder(tr("No account is open. Use File > Open Account... to open one."));
+  m_window->setDocumentFactory([this](document::DocumentContainer& container, document::DocumentHost& host) {
+    return std::make_unique<document::QORVA_AdjustAcc>(m_services, container, host);
+  });
+  if (!m_signOn->warnings().isEmpty()) {
+    m_ui.messageBox(m_signOn->warnings().join(u'\n'), platform::MsgButtons::Ok, platform::MsgIcon::Exclamation,
+                    QGuiApplication::applicationDisplayName());
+  }
+  m_window->newDocument();
+  Q_EMIT ready();
+  if (m_options.openAtStart) {
+    QTimer::singleShot(0, m_window.get(), [window = m_window.get()] { window->openAccount(); });
+  }
+}
+
+}  // namespace adjustacc::desktop

@@ -1,0 +1,277 @@
+#include "documentwindow.h"
+
+#include "adjustaccview.h"
+#include "logging.h"
+#include "qtui.h"
+
+#include "document/adjustacc.h"
+#include "platform/statusbar.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QProgressBar>
+#include <QSettings>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+namespace adjustacc::desktop {
+
+namespace {
+
+const QString kGeometryKey = QStringLiteral("window/geometry");
+const QString kStateKey = QStringLiteral("window/state");
+
+}  // namespace
+
+// ===== the container ================================================================================================
+
+DocumentTab::DocumentTab(QString caption, QString tag, QString name, QWidget* parent)
+    : QWidget(parent), m_caption(std::move(caption)), m_tag(std::move(tag)), m_name(std::move(name)) {
+  setObjectName(QStringLiteral("tab:") + m_name);
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+}
+
+DocumentTab::~DocumentTab() {
+  // The widgets let go of the controls before the document and its controls go.
+  delete m_view;
+  m_document.reset();
+}
+
+void DocumentTab::setDocument(std::unique_ptr<document::QORVA_AdjustAcc> document) {
+  delete m_view;
+  m_view = nullptr;
+  m_document = std::move(document);
+  if (m_document) {
+    m_view = new AdjustAccView(*m_document, this);
+    layout()->addWidget(m_view);
+  }
+}
+
+// ===== the window ===================================================================================================
+
+DocumentWindow::DocumentWindow(QtUi& ui, platform::StatusBar& status, QWidget* parent)
+    : QMainWindow(parent), m_ui(ui), m_statusBar(status) {
+  setObjectName(QStringLiteral("documentWindow"));
+  setWindowTitle(kCaption);
+
+  m_stack = new QStackedWidget(this);
+  m_placeholder = new QLabel(m_stack);
+  m_placeholder->setAlignment(Qt::AlignCenter);
+  m_placeholder->setWordWrap(true);
+  m_placeholder->setEnabled(false);
+  m_tabs = new QTabWidget(m_stack);
+  m_tabs->setDocumentMode(true);
+  m_tabs->setTabsClosable(true);
+  m_stack->addWidget(m_placeholder);
+  m_stack->addWidget(m_tabs);
+  setCentralWidget(m_stack);
+  connect(m_tabs, &QTabWidget::tabCloseRequested, this, [this](int index) {
+    if (auto* tab = qobject_cast<DocumentTab*>(m_tabs->widget(index))) {
+      closeTab(tab);
+    }
+  });
+  connect(m_tabs, &QTabWidget::currentChanged, this, &DocumentWindow::updateActions);
+
+  QMenu* file = menuBar()->addMenu(tr("&File"));
+  m_openAction = file->addAction(tr("&Open Account..."), this, &DocumentWindow::openAccount);
+  m_openAction->setShortcut(QKeySequence::Open);
+  m_closeAction = file->addAction(tr("&Close"), this, &DocumentWindow::closeCurrentDocument);
+  m_closeAction->setShortcut(QKeySequence::Close);
+  file->addSeparator();
+  QAction* exit = file->addAction(tr("E&xit"), this, &QWidget::close);
+  exit->setShortcut(QKeySequence::Quit);
+  exit->setMenuRole(QAction::QuitRole);
+
+  m_toolBar = addToolBar(tr("Document"));
+  m_toolBar->setObjectName(QStringLiteral("documentToolBar"));
+  m_toolBar->setMovable(false);
+  m_toolBar->setToolButtonStyle(Qt::ToolButtonTextOnly);
+
+  m_statusText = new QLabel(this);
+  m_statusText->setObjectName(QStringLiteral("statusText"));
+  m_statusText->setTextFormat(Qt::PlainText);
+  m_statusText->setMinimumWidth(200);
+  m_busy = new QProgressBar(this);
+  m_busy->setObjectName(QStringLiteral("busyIndicator"));
+  m_busy->setRange(0, 0);  // no end known: a moving bar
+  m_busy->setMaximumWidth(110);
+  m_busy->setMaximumHeight(14);
+  m_busy->setTextVisible(false);
+  m_busy->hide();
+  m_officer = new QLabel(this);
+  m_officer->setObjectName(QStringLiteral("officer"));
+  m_host = new QLabel(this);
+  m_host->setObjectName(QStringLiteral("host"));
+  statusBar()->addWidget(m_statusText, 1);
+  statusBar()->addPermanentWidget(m_busy);
+  statusBar()->addPermanentWidget(m_officer);
+  statusBar()->addPermanentWidget(m_host);
+
+  m_statusText->setText(status.text());
+  connect(&status, &platform::StatusBar::textChanged, m_statusText, &QLabel::setText);
+  connect(&status, &platform::StatusBar::readyChanged, this, &DocumentWindow::showBusy);
+  connect(&ui, &QtUi::pointerChanged, this, [this](bool busy) {
+    m_pointerBusy = busy;
+    showBusy();
+  });
+
+  const QSettings settings;
+  if (!restoreGeometry(settings.value(kGeometryKey).toByteArray())) {
+    resize(1280, 800);
+  }
+  restoreState(settings.value(kStateKey).toByteArray());
+  setPlaceholder(tr("No account is open."));
+  updateActions();
+}
+
+DocumentWindow::~DocumentWindow() {
+  // Documents still open when the window goes (the application quitting) are closed as the host closes them.
+  closeAllDocuments();
+}
+
+void DocumentWindow::setDocumentFactory(DocumentFactory factory) {
+  m_factory = std::move(factory);
+  updateActions();
+}
+
+void DocumentWindow::setSignedOn(const QString& officer, const QString& host) {
+  m_officer->setText(officer);
+  m_host->setText(host);
+  setWindowTitle(officer.isEmpty() ? kCaption : kCaption + QStringLiteral(" \u2014 ") + officer);
+}
+
+void DocumentWindow::setWorking(bool working) {
+  m_working = working;
+  showBusy();
+}
+
+void DocumentWindow::setPlaceholder(const QString& text) { m_placeholder->setText(text); }
+
+bool DocumentWindow::isBusy() const { return m_working || m_pointerBusy || !m_statusBar.isReady(); }
+
+void DocumentWindow::showBusy() { m_busy->setVisible(isBusy()); }
+
+void DocumentWindow::updateActions() {
+  m_openAction->setEnabled(canOpenDocuments());
+  m_closeAction->setEnabled(currentTab() != nullptr);
+  m_stack->setCurrentWidget(m_tabs->count() > 0 ? static_cast<QWidget*>(m_tabs) : m_placeholder);
+}
+
+// --- documents ----------------------------------------------------------------------------------------------------
+
+document::QORVA_AdjustAcc* DocumentWindow::newDocument() {
+  if (!m_factory) {
+    return nullptr;
+  }
+  ++m_documentsMade;
+  const QString name = QStringLiteral("AdjustAcc%1_%2").arg(QApplication::applicationPid()).arg(m_documentsMade);
+  auto* tab = new DocumentTab(kCaption, kTag, name, m_tabs);
+  std::unique_ptr<document::QORVA_AdjustAcc> made = m_factory(*tab, *this);
+  if (!made) {
+    delete tab;
+    return nullptr;
+  }
+  document::QORVA_AdjustAcc* document = made.get();
+  tab->setDocument(std::move(made));
+  m_tabs->setCurrentIndex(m_tabs->addTab(tab, tab->caption()));
+  updateActions();
+  qCInfo(lcDesktop).noquote() << "document" << name << "opened";
+  document->UserDocument_Show();
+  return document;
+}
+
+DocumentTab* DocumentWindow::currentTab() const { return qobject_cast<DocumentTab*>(m_tabs->currentWidget()); }
+
+document::QORVA_AdjustAcc* DocumentWindow::currentDocument() const {
+  DocumentTab* tab = currentTab();
+  return tab != nullptr ? tab->document() : nullptr;
+}
+
+AdjustAccView* DocumentWindow::currentView() const {
+  DocumentTab* tab = currentTab();
+  return tab != nullptr ? tab->view() : nullptr;
+}
+
+int DocumentWindow::documentCount() const { return m_tabs->count(); }
+
+void DocumentWindow::openAccount() {
+  document::QORVA_AdjustAcc* document = currentDocument();
+  if (document == nullptr) {
+    document = newDocument();
+  }
+  if (document != nullptr) {
+    document->FileOpen();
+  }
+}
+
+void DocumentWindow::closeTab(DocumentTab* tab) {
+  if (tab == nullptr) {
+    return;
+  }
+  if (document::QORVA_AdjustAcc* document = tab->document()) {
+    if (document->DataChanged()) {
+      document->SaveData();
+    }
+    document->BeforeUnload();
+    document->CloseDocument();
+  }
+  qCInfo(lcDesktop).noquote() << "document" << tab->name() << "closed";
+  m_tabs->removeTab(m_tabs->indexOf(tab));
+  delete tab;
+  updateActions();
+}
+
+void DocumentWindow::closeCurrentDocument() { closeTab(currentTab()); }
+
+void DocumentWindow::closeAllDocuments() {
+  while (auto* tab = qobject_cast<DocumentTab*>(m_tabs->widget(0))) {
+    closeTab(tab);
+  }
+}
+
+// --- toolbar host -----------------------------------------------------------------------------------------------
+
+void DocumentWindow::addEntry(const document::ToolbarEntry& entry) {
+  removeEntry(entry.key);
+  auto* action = new QAction(entry.caption, this);
+  action->setObjectName(entry.key);
+  action->setToolTip(entry.toolTip.isEmpty() ? entry.caption : entry.toolTip);
+  action->setStatusTip(entry.toolTip);
+  const std::function<void()> run = entry.action;
+  connect(action, &QAction::triggered, this, [run] {
+    if (run) {
+      run();
+    }
+  });
+  m_toolBar->addAction(action);
+  m_entries.insert(entry.key, action);
+}
+
+void DocumentWindow::removeEntry(const QString& key) {
+  if (QAction* action = m_entries.take(key)) {
+    m_toolBar->removeAction(action);
+    action->deleteLater();
+  }
+}
+
+bool DocumentWindow::hasEntry(const QString& key) const { return m_entries.contains(key); }
+
+// --- closing ------------------------------------------------------------------------------------------------------
+
+void DocumentWindow::closeEvent(QCloseEvent* event) {
+  closeAllDocuments();
+  QSettings settings;
+  settings.setValue(kGeometryKey, saveGeometry());
+  settings.setValue(kStateKey, saveState());
+  event->accept();
+}
+
+}  // namespace adjustacc::desktop

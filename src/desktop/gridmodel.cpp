@@ -1,0 +1,183 @@
+#include "gridmodel.h"
+
+#include "platform/datacontrol.h"
+#include "platform/grid.h"
+
+#include <QBrush>
+
+namespace adjustacc::desktop {
+
+using platform::Grid;
+using platform::GridColumn;
+
+GridModel::GridModel(Grid& grid, QObject* parent) : QAbstractTableModel(parent), m_grid(&grid) {
+  m_columns = grid.columnCount();
+  connect(&grid, &Grid::aboutToReset, this, [this] {
+    if (!m_resetting) {
+      m_resetting = true;
+      beginResetModel();
+    }
+  });
+  connect(&grid, &Grid::wasReset, this, [this] {
+    if (m_resetting) {
+      m_columns = m_grid ? m_grid->columnCount() : 0;
+      m_resetting = false;
+      endResetModel();
+    }
+  });
+  connect(&grid, &Grid::aboutToInsertRows, this, [this](int first, int last) { beginInsertRows({}, first, last); });
+  connect(&grid, &Grid::rowsInserted, this, [this](int, int) { endInsertRows(); });
+  connect(&grid, &Grid::aboutToRemoveRows, this, [this](int first, int last) { beginRemoveRows({}, first, last); });
+  connect(&grid, &Grid::rowsRemoved, this, [this](int, int) { endRemoveRows(); });
+  connect(&grid, &Grid::cellsChanged, this, [this](int first, int last) {
+    const int columns = columnCount();
+    const int rows = rowCount();
+    first = qMax(0, first);
+    last = qMin(last, rows - 1);
+    if (columns > 0 && first <= last) {
+      Q_EMIT dataChanged(index(first, 0), index(last, columns - 1));
+    }
+  });
+  connect(&grid, &Grid::headerChanged, this, [this] {
+    if (m_grid && m_grid->columnCount() != m_columns) {
+      // Columns came or went without a reset: the layout is new.
+      beginResetModel();
+      m_columns = m_grid->columnCount();
+      endResetModel();
+      return;
+    }
+    const int columns = columnCount();
+    if (columns > 0) {
+      Q_EMIT headerDataChanged(Qt::Horizontal, 0, columns - 1);
+      // Fonts, styles and locks change how every cell draws.
+      if (rowCount() > 0) {
+        Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, columns - 1));
+      }
+    }
+  });
+  connect(&grid, &QObject::destroyed, this, [this] {
+    beginResetModel();
+    m_columns = 0;
+    endResetModel();
+  });
+}
+
+GridModel::~GridModel() = default;
+
+Grid* GridModel::grid() const { return m_grid.data(); }
+
+int GridModel::rowCount(const QModelIndex& parent) const {
+  if (parent.isValid() || !m_grid) {
+    return 0;
+  }
+  return m_grid->viewRowCount();
+}
+
+int GridModel::columnCount(const QModelIndex& parent) const {
+  if (parent.isValid() || !m_grid) {
+    return 0;
+  }
+  return m_columns;
+}
+
+bool GridModel::isCheckColumn(int column) const {
+  return m_grid && column >= 0 && column < m_columns &&
+         m_grid->column(column).display() == GridColumn::Display::Check;
+}
+
+QVariant GridModel::data(const QModelIndex& index, int role) const {
+  if (!m_grid || !checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) {
+    return {};
+  }
+  const int row = index.row();
+  const int column = index.column();
+  switch (role) {
+    case Qt::DisplayRole:
+      return m_grid->displayText(row, column);
+    case Qt::EditRole:
+      return m_grid->cellText(row, column);
+    case Qt::ToolTipRole: {
+      // Cut-off cells can be read in full.
+      const QString text = m_grid->displayText(row, column);
+      return text.size() > 24 ? QVariant(text) : QVariant();
+    }
+    case Qt::CheckStateRole:
+      if (isCheckColumn(column)) {
+        return m_grid->isChecked(row, column) ? Qt::Checked : Qt::Unchecked;
+      }
+      return {};
+    case Qt::TextAlignmentRole:
+      return QVariant::fromValue(m_grid->column(column).alignment() | Qt::AlignVCenter);
+    case Qt::FontRole:
+      return m_grid->cellFont(column);
+    case Qt::ForegroundRole: {
+      const QColor color = m_grid->cellForeColor(column);
+      return color.isValid() ? QVariant(QBrush(color)) : QVariant();
+    }
+    case Qt::BackgroundRole: {
+      const QColor color = m_grid->cellBackColor(column);
+      return color.isValid() ? QVariant(QBrush(color)) : QVariant();
+    }
+    default:
+      return {};
+  }
+}
+
+QVariant GridModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (!m_grid) {
+    return {};
+  }
+  if (orientation == Qt::Vertical) {
+    return role == Qt::DisplayRole ? QVariant(section + 1) : QVariant();
+  }
+  if (section < 0 || section >= m_columns) {
+    return {};
+  }
+  const GridColumn& column = m_grid->column(section);
+  switch (role) {
+    case Qt::DisplayRole:
+      return column.caption();
+    case Qt::FontRole:
+      return m_grid->headFont(section);
+    case Qt::TextAlignmentRole:
+      return QVariant::fromValue(column.alignment() | Qt::AlignVCenter);
+    default:
+      return {};
+  }
+}
+
+Qt::ItemFlags GridModel::flags(const QModelIndex& index) const {
+  if (!m_grid || !index.isValid()) {
+    return Qt::NoItemFlags;
+  }
+  Qt::ItemFlags result = Qt::ItemIsSelectable;
+  if (m_grid->isEffectivelyEnabled()) {
+    result |= Qt::ItemIsEnabled;
+  }
+  if (m_grid->isCellEditable(index.column())) {
+    result |= isCheckColumn(index.column()) ? Qt::ItemIsUserCheckable : Qt::ItemIsEditable;
+  }
+  return result;
+}
+
+bool GridModel::setData(const QModelIndex& index, const QVariant& value, int role) {
+  if (!m_grid || !checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) {
+    return false;
+  }
+  if (role == Qt::CheckStateRole && isCheckColumn(index.column())) {
+    const bool wanted = value.toInt() == Qt::Checked;
+    if (wanted == m_grid->isChecked(index.row(), index.column())) {
+      return true;
+    }
+    return m_grid->userToggleCheck(index.row(), index.column());
+  }
+  if (role == Qt::EditRole && !isCheckColumn(index.column())) {
+    if (value.toString() == m_grid->cellText(index.row(), index.column())) {
+      return true;  // the editor closed without a change: no Change event
+    }
+    return m_grid->userEditCell(index.row(), index.column(), value.toString());
+  }
+  return false;
+}
+
+}  // namespace adjustacc::desktop

@@ -1,0 +1,103 @@
+#include "startoptions.h"
+
+#include <QCommandLineParser>
+
+namespace adjustacc::desktop {
+
+using messaging::Result;
+
+Result<StartOptions> parseStartOptions(const QStringList& arguments) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription(
+      QStringLiteral("Account adjustment: open an account, see its receivables and receipts, and correct it."));
+  const QCommandLineOption help = parser.addHelpOption();
+  const QCommandLineOption version = parser.addVersionOption();
+  const QCommandLineOption data(QStringLiteral("data"),
+                                QStringLiteral("Folder of the local database (embedded host). Default: the user's "
+                                               "application data folder."),
+                                QStringLiteral("DIR"));
+  const QCommandLineOption user(QStringLiteral("user"),
+                                QStringLiteral("Officer to sign on as. Default: %1.").arg(kDefaultOfficer),
+                                QStringLiteral("ID"));
+  const QCommandLineOption host(QStringLiteral("host"),
+                                QStringLiteral("Address of the shared host service (adjustacc-host), e.g. "
+                                               "http://hostname:8470."),
+                                QStringLiteral("URL"));
+  const QCommandLineOption token(QStringLiteral("token"),
+                                 QStringLiteral("The officer's sign-on token for --host (or set %1).")
+                                     .arg(QLatin1String(kTokenVariable)),
+                                 QStringLiteral("T"));
+  const QCommandLineOption latency(QStringLiteral("latency"),
+                                   QStringLiteral("Hold every reply of the local host back this long (milliseconds)."),
+                                   QStringLiteral("MS"));
+  const QCommandLineOption noOpen(QStringLiteral("no-open"), QStringLiteral("Do not ask for an account at start."));
+  parser.addOptions({data, user, host, token, latency, noOpen});
+
+  if (!parser.parse(arguments)) {
+    return Result<StartOptions>::failure(parser.errorText());
+  }
+  StartOptions options;
+  if (parser.isSet(help)) {
+    options.showHelp = true;
+    options.helpText = parser.helpText();
+    return options;
+  }
+  if (parser.isSet(version)) {
+    options.showVersion = true;
+    return options;
+  }
+  if (!parser.positionalArguments().isEmpty()) {
+    return Result<StartOptions>::failure(
+        QStringLiteral("Unexpected argument \"%1\".").arg(parser.positionalArguments().constFirst()));
+  }
+  options.officerId = parser.isSet(user) ? parser.value(user).trimmed() : kDefaultOfficer;
+  if (options.officerId.isEmpty()) {
+    return Result<StartOptions>::failure(QStringLiteral("--user needs an officer id."));
+  }
+  options.openAtStart = !parser.isSet(noOpen);
+
+  if (parser.isSet(host)) {
+    options.mode = StartOptions::Mode::Remote;
+    options.hostUrl = QUrl(parser.value(host).trimmed(), QUrl::StrictMode);
+    const QString scheme = options.hostUrl.scheme();
+    if (!options.hostUrl.isValid() || options.hostUrl.host().isEmpty() ||
+        (scheme != u"http" && scheme != u"https")) {
+      return Result<StartOptions>::failure(
+          QStringLiteral("--host \"%1\" is not an http:// or https:// address.").arg(parser.value(host)));
+    }
+    options.token = parser.isSet(token) ? parser.value(token).trimmed()
+                                        : qEnvironmentVariable(kTokenVariable).trimmed();
+    if (options.token.isEmpty()) {
+      return Result<StartOptions>::failure(
+          QStringLiteral("--host needs the officer's sign-on token: --token T, or the environment variable %1.")
+              .arg(QLatin1String(kTokenVariable)));
+    }
+    if (parser.isSet(data) || parser.isSet(latency)) {
+      return Result<StartOptions>::failure(
+          QStringLiteral("--data and --latency apply to the local database only, not to --host."));
+    }
+    return options;
+  }
+  if (parser.isSet(token)) {
+    return Result<StartOptions>::failure(QStringLiteral("--token is only used with --host."));
+  }
+  if (parser.isSet(data)) {
+    options.dataFolder = parser.value(data).trimmed();
+    if (options.dataFolder.isEmpty()) {
+      return Result<StartOptions>::failure(QStringLiteral("--data needs a folder."));
+    }
+  }
+  if (parser.isSet(latency)) {
+    bool number = false;
+    const int value = parser.value(latency).toInt(&number);
+    if (!number || value < 0 || value > 600000) {
+      return Result<StartOptions>::failure(
+          QStringLiteral("--latency \"%1\" is not a number of milliseconds from 0 to 600000.")
+              .arg(parser.value(latency)));
+    }
+    options.latencyMs = value;
+  }
+  return options;
+}
+
+}  // namespace adjustacc::desktop

@@ -1,0 +1,16 @@
+#include "listpreparation.h"
+
+#include "platform/datacontrol.h"
+#include "platform/grid.h"
+
+namespace adjustacc::document {
+
+void prepareList(platform::Grid& grid) {
+  grid.setAllowUpdate(false);
+  grid.setSelectionMode(platform::Grid::SelectionMode::Multi);
+  grid.clearSelection();
+  grid.setFirstVisibleRow(0);
+  grid.setRedraw(true);
+}
+
+}  // namespace adjustacc::document
