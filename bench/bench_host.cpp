@@ -15,6 +15,8 @@
 
 #include <QCoreApplication>
 #include <QDate>
+#include <QDir>
+#include <QFile>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QLoggingCategory>
@@ -30,6 +32,9 @@
 #include <QUuid>
 
 #include <benchmark/benchmark.h>
+
+#include <ctime>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -320,7 +325,76 @@ struct Throughput {
   double ours = 0;    // requests per second through the service (lean HTTP clients)
   double viaRemoteLinks = 0;  // the same through the desktop's remote link
   double direct = 0;  // the same statements per second straight to PostgreSQL
+  // CPU microseconds per request, of this process and of the database server together (the least of the
+  // rounds; 0 when the server's processes can not be read): less at the mercy of other work on the machine
+  // than the rates.
+  double oursCpu = 0;
+  double directCpu = 0;
   QString skipped;    // why it was not measured
+};
+
+// CPU time spent so far by this process and, when the database server runs on this machine, by its processes
+// (the postmaster, the backends alive now, and those it has already reaped).
+class CpuClock {
+public:
+  explicit CpuClock(const QString& connection) {
+    QSqlQuery query(QSqlDatabase::database(connection, false));
+    if (query.exec(QStringLiteral("SELECT pg_backend_pid()")) && query.next()) {
+      const std::vector<long long> backend = statFields(query.value(0).toLongLong());
+      if (backend.size() > 3) {
+        m_postmaster = backend[3];  // field 4: the parent
+      }
+    }
+  }
+  bool seesServer() const { return m_postmaster > 0; }
+  double seconds() const {
+    timespec own{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &own);
+    double total = static_cast<double>(own.tv_sec) + static_cast<double>(own.tv_nsec) / 1e9;
+    if (m_postmaster <= 0) {
+      return total;
+    }
+    const double tick = static_cast<double>(sysconf(_SC_CLK_TCK));
+    const std::vector<long long> postmaster = statFields(m_postmaster);
+    if (postmaster.size() > 16) {
+      // Fields 14..17: its own user and system time, then that of the children it has waited for.
+      total += static_cast<double>(postmaster[13] + postmaster[14] + postmaster[15] + postmaster[16]) / tick;
+    }
+    const QDir proc(QStringLiteral("/proc"));
+    for (const QString& entry : proc.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+      bool number = false;
+      const long long pid = entry.toLongLong(&number);
+      if (!number) {
+        continue;
+      }
+      const std::vector<long long> child = statFields(pid);
+      if (child.size() > 14 && child[3] == m_postmaster) {
+        total += static_cast<double>(child[13] + child[14]) / tick;
+      }
+    }
+    return total;
+  }
+
+private:
+  // The numeric fields of /proc/<pid>/stat, 1-based field n at index n-1 (the name, field 2, reads as 0).
+  static std::vector<long long> statFields(long long pid) {
+    QFile file(QStringLiteral("/proc/%1/stat").arg(pid));
+    if (!file.open(QIODevice::ReadOnly)) {
+      return {};
+    }
+    const QByteArray text = file.readAll();
+    const qsizetype nameEnd = text.lastIndexOf(')');
+    if (nameEnd < 0) {
+      return {};
+    }
+    std::vector<long long> fields = {pid, 0};
+    for (const QByteArray& field : text.mid(nameEnd + 2).trimmed().split(' ')) {
+      fields.push_back(field.toLongLong());
+    }
+    return fields;
+  }
+
+  long long m_postmaster = 0;
 };
 
 // The PostgreSQL server to use: ADJUSTACC_TEST_PG, or a throwaway cluster started here (stopped again on return).
@@ -483,7 +557,8 @@ private:
   bool m_busy = false;
 };
 
-double loadClientThroughput(quint16 port, const QString& token, const QString& officer, int count, QString* error) {
+double loadClientThroughput(quint16 port, const QString& token, const QString& officer, int count, QString* error,
+                            int* answeredOut = nullptr) {
   QEventLoop loop;
   int started = 0;
   QElapsedTimer clock;
@@ -512,11 +587,14 @@ double loadClientThroughput(quint16 port, const QString& token, const QString& o
   for (const auto& client : clients) {
     answered += client->answered();
   }
+  if (answeredOut) {
+    *answeredOut = answered;
+  }
   return answered / (static_cast<double>(clock.nsecsElapsed()) / 1e9);
 }
 
 // `kClients` threads, each with its own connection, run the inquiry's statements until the count or time is used.
-double directThroughput(const host::DatabaseOptions& options, int count) {
+double directThroughput(const host::DatabaseOptions& options, int count, int* answeredOut = nullptr) {
   std::atomic<int> remaining{count};
   std::atomic<int> done{0};
   std::atomic<bool> failed{false};
@@ -550,6 +628,9 @@ double directThroughput(const host::DatabaseOptions& options, int count) {
   }
   if (failed) {
     return 0;
+  }
+  if (answeredOut) {
+    *answeredOut = done;
   }
   return done / (static_cast<double>(clock.nsecsElapsed()) / 1e9);
 }
@@ -618,10 +699,63 @@ Throughput daemonThroughput() {
   QString error;
   serviceThroughput(url, token, officer, kWarmUpRequests, &error);
   directThroughput(options, kWarmUpRequests);
+  const CpuClock cpu(admin);
+  const auto leastCpu = [&cpu](double& least, double start, int requests) {
+    if (!cpu.seesServer() || requests <= 0) {
+      return;
+    }
+    // The direct threads' connections end with their run: give the server a moment to reap those backends,
+    // whose time then counts with the postmaster's children.
+    QThread::msleep(200);
+    const double perRequest = (cpu.seconds() - start) * 1e6 / requests;
+    least = least > 0 ? std::min(least, perRequest) : perRequest;
+  };
+  if (qEnvironmentVariableIsSet("G_PROFILE_SERVICE")) {
+    const auto threads = [] {
+      std::map<std::string, double> m;
+      for (const QString& t : QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile f(QStringLiteral("/proc/self/task/%1/stat").arg(t));
+        if (!f.open(QIODevice::ReadOnly)) continue;
+        const QByteArray text = f.readAll();
+        const qsizetype open = text.indexOf('('), close = text.lastIndexOf(')');
+        const std::string name = text.mid(open + 1, close - open - 1).toStdString();
+        const QList<QByteArray> parts = text.mid(close + 2).split(' ');
+        m[name] += (parts[11].toDouble() + parts[12].toDouble()) / sysconf(_SC_CLK_TCK);
+      }
+      return m;
+    };
+    const CpuClock c(admin);
+    for (int i = 0; i < 3; ++i) {
+      timespec a{}, b{}, ta{}, tb{};
+      clock_gettime(CLOCK_THREAD_CPUTIME_ID, &ta);
+      clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &a);
+      const double all0 = c.seconds();
+      int n = 0;
+      double rate = 0;
+      const auto before = threads();
+      if (qEnvironmentVariableIsSet("G_DIRECT")) rate = directThroughput(options, kMaxRequests, &n);
+      else rate = loadClientThroughput(port, token, officer, kMaxRequests, &error, &n);
+      clock_gettime(CLOCK_THREAD_CPUTIME_ID, &tb);
+      QThread::msleep(200);
+      clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &b);
+      const double all1 = c.seconds();
+      const double own = (b.tv_sec - a.tv_sec) + (b.tv_nsec - a.tv_nsec) / 1e9;
+      const auto after = threads();
+      for (const auto& [name, secs] : after) std::printf("  %s %.0f us/req\n", name.c_str(), (secs - before.at(name)) * 1e6 / std::max(n, 1));
+      const double mainThread = (tb.tv_sec - ta.tv_sec) + (tb.tv_nsec - ta.tv_nsec) / 1e9;
+      std::printf("rate %.0f n %d own %.0f us/req (main thread %.0f), server %.0f us/req\n", rate, n, own * 1e6 / n, mainThread * 1e6 / n, ((all1 - all0) - own) * 1e6 / n);
+    }
+    std::exit(0);
+  }
   for (int round = 0; round < kRounds && error.isEmpty(); ++round) {
-    result.ours = std::max(result.ours, loadClientThroughput(port, token, officer, kMaxRequests, &error));
+    int answered = 0;
+    double start = cpu.seconds();
+    result.ours = std::max(result.ours, loadClientThroughput(port, token, officer, kMaxRequests, &error, &answered));
+    leastCpu(result.oursCpu, start, answered);
     result.viaRemoteLinks = std::max(result.viaRemoteLinks, serviceThroughput(url, token, officer, kMaxRequests, &error));
-    result.direct = std::max(result.direct, directThroughput(options, kMaxRequests));
+    start = cpu.seconds();
+    result.direct = std::max(result.direct, directThroughput(options, kMaxRequests, &answered));
+    leastCpu(result.directCpu, start, answered);
   }
   if (!error.isEmpty()) {
     result.skipped = QStringLiteral("the service failed a request: ") + error;
@@ -657,6 +791,11 @@ int main(int argc, char** argv) {
     std::printf("daemon_throughput: service %.0f requests/s (through remote links %.0f), direct PostgreSQL %.0f "
                 "requests/s (%d clients, %d-row account)\n",
                 throughput.ours, throughput.viaRemoteLinks, throughput.direct, kClients, kThroughputAccountSize);
+    if (throughput.oursCpu > 0 && throughput.directCpu > 0) {
+      std::printf("daemon_cpu: service %.0f us/request, direct PostgreSQL %.0f us/request (this process and the "
+                  "database server together); info daemon_cpu_ratio %.3f\n",
+                  throughput.oursCpu, throughput.directCpu, throughput.directCpu / throughput.oursCpu);
+    }
   } else {
     std::printf("daemon_throughput skipped: %s\n", qPrintable(throughput.skipped));
   }

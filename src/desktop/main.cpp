@@ -46,26 +46,32 @@ void chooseVncWithoutDisplay() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  chooseVncWithoutDisplay();
-  QApplication app(argc, argv);
-  QApplication::setOrganizationName(QStringLiteral("adjustacc"));
-  QApplication::setApplicationName(QStringLiteral("adjustacc"));
-  QApplication::setApplicationDisplayName(QStringLiteral("Adjust Account"));
-  QApplication::setApplicationVersion(QStringLiteral("1.0"));
-
-  const auto options = adjustacc::desktop::parseStartOptions(QApplication::arguments());
+  QCoreApplication::setOrganizationName(QStringLiteral("adjustacc"));
+  QCoreApplication::setApplicationName(QStringLiteral("adjustacc"));
+  QCoreApplication::setApplicationVersion(QStringLiteral("1.0"));
+  QStringList arguments;
+  for (int i = 0; i < argc; ++i) {
+    arguments.append(QString::fromLocal8Bit(argv[i]));
+  }
+  // The command line is read before any display is chosen: a usage error or --help needs none.
+  const auto options = adjustacc::desktop::parseStartOptions(arguments);
   if (!options) {
     std::fprintf(stderr, "adjustacc: %s\nTry 'adjustacc --help'.\n", qUtf8Printable(options.error()));
     return 2;
   }
-  if (options->showHelp) {
-    std::fprintf(stdout, "%s", qUtf8Printable(options->helpText));
+  if (options->showHelp || options->showVersion) {
+    QCoreApplication core(argc, argv);
+    if (options->showHelp) {
+      std::fprintf(stdout, "%s", qUtf8Printable(adjustacc::desktop::startOptionsHelpText()));
+    } else {
+      std::fprintf(stdout, "adjustacc %s\n", qUtf8Printable(QCoreApplication::applicationVersion()));
+    }
     return 0;
   }
-  if (options->showVersion) {
-    std::fprintf(stdout, "adjustacc %s\n", qUtf8Printable(QApplication::applicationVersion()));
-    return 0;
-  }
+
+  chooseVncWithoutDisplay();
+  QApplication app(argc, argv);
+  QApplication::setApplicationDisplayName(QStringLiteral("Adjust Account"));
   const QString logFile = adjustacc::desktop::installLogHandler();
   if (!logFile.isEmpty()) {
     std::fprintf(stderr, "adjustacc: logging to %s\n", qUtf8Printable(logFile));

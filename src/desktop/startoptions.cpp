@@ -6,40 +6,59 @@ namespace adjustacc::desktop {
 
 using messaging::Result;
 
-Result<StartOptions> parseStartOptions(const QStringList& arguments) {
-  QCommandLineParser parser;
-  parser.setApplicationDescription(
-      QStringLiteral("Account adjustment: open an account, see its receivables and receipts, and correct it."));
-  const QCommandLineOption help = parser.addHelpOption();
-  const QCommandLineOption version = parser.addVersionOption();
-  const QCommandLineOption data(QStringLiteral("data"),
-                                QStringLiteral("Folder of the local database (embedded host). Default: the user's "
-                                               "application data folder."),
-                                QStringLiteral("DIR"));
-  const QCommandLineOption user(QStringLiteral("user"),
-                                QStringLiteral("Officer to sign on as. Default: %1.").arg(kDefaultOfficer),
-                                QStringLiteral("ID"));
-  const QCommandLineOption host(QStringLiteral("host"),
-                                QStringLiteral("Address of the shared host service (adjustacc-host), e.g. "
-                                               "http://hostname:8470."),
-                                QStringLiteral("URL"));
-  const QCommandLineOption token(QStringLiteral("token"),
-                                 QStringLiteral("The officer's sign-on token for --host (or set %1).")
-                                     .arg(QLatin1String(kTokenVariable)),
-                                 QStringLiteral("T"));
-  const QCommandLineOption latency(QStringLiteral("latency"),
-                                   QStringLiteral("Hold every reply of the local host back this long (milliseconds)."),
-                                   QStringLiteral("MS"));
-  const QCommandLineOption noOpen(QStringLiteral("no-open"), QStringLiteral("Do not ask for an account at start."));
-  parser.addOptions({data, user, host, token, latency, noOpen});
+namespace {
 
+struct Parser {
+  QCommandLineParser parser;
+  QCommandLineOption help;
+  QCommandLineOption version;
+  QCommandLineOption data{QStringLiteral("data"),
+                          QStringLiteral("Folder of the local database (embedded host). Default: the user's "
+                                         "application data folder."),
+                          QStringLiteral("DIR")};
+  QCommandLineOption user{QStringLiteral("user"), QStringLiteral("Officer to sign on as. Default: %1.").arg(kDefaultOfficer),
+                          QStringLiteral("ID")};
+  QCommandLineOption host{QStringLiteral("host"),
+                          QStringLiteral("Address of the shared host service (adjustacc-host), e.g. "
+                                         "http://hostname:8470."),
+                          QStringLiteral("URL")};
+  QCommandLineOption token{QStringLiteral("token"),
+                           QStringLiteral("The officer's sign-on token for --host (or set %1).")
+                               .arg(QLatin1String(kTokenVariable)),
+                           QStringLiteral("T")};
+  QCommandLineOption latency{QStringLiteral("latency"),
+                             QStringLiteral("Hold every reply of the local host back this long (milliseconds)."),
+                             QStringLiteral("MS")};
+  QCommandLineOption noOpen{QStringLiteral("no-open"), QStringLiteral("Do not ask for an account at start.")};
+
+  Parser() : help(parser.addHelpOption()), version(parser.addVersionOption()) {
+    parser.setApplicationDescription(
+        QStringLiteral("Account adjustment: open an account, see its receivables and receipts, and correct it."));
+    parser.addOptions({data, user, host, token, latency, noOpen});
+  }
+};
+
+}  // namespace
+
+QString startOptionsHelpText() { return Parser().parser.helpText(); }
+
+Result<StartOptions> parseStartOptions(const QStringList& arguments) {
+  Parser p;
+  QCommandLineParser& parser = p.parser;
+  const QCommandLineOption& help = p.help;
+  const QCommandLineOption& version = p.version;
+  const QCommandLineOption& data = p.data;
+  const QCommandLineOption& user = p.user;
+  const QCommandLineOption& host = p.host;
+  const QCommandLineOption& token = p.token;
+  const QCommandLineOption& latency = p.latency;
+  const QCommandLineOption& noOpen = p.noOpen;
   if (!parser.parse(arguments)) {
     return Result<StartOptions>::failure(parser.errorText());
   }
   StartOptions options;
   if (parser.isSet(help)) {
     options.showHelp = true;
-    options.helpText = parser.helpText();
     return options;
   }
   if (parser.isSet(version)) {

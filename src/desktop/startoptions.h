@@ -31,7 +31,6 @@ struct StartOptions {
   bool openAtStart = true;
   bool showHelp = false;
   bool showVersion = false;
-  QString helpText;    // filled when showHelp
 };
 
 // The demo officer with every right, signed on when no --user is given.
@@ -40,6 +39,9 @@ inline const QString kDefaultOfficer = QStringLiteral("ADMIN01");
 inline constexpr char kTokenVariable[] = "ADJUSTACC_TOKEN";
 
 // Reads the arguments (the first one is the program). Usage errors come back as a text naming the option.
+// Needs no application object, so the command line is read before the display is chosen.
 messaging::Result<StartOptions> parseStartOptions(const QStringList& arguments);
+// The --help text; needs an application object (it names the program).
+QString startOptionsHelpText();
 
 }  // namespace adjustacc::desktop

@@ -429,9 +429,11 @@ void QORVA_AdjustAcc::mSdgDBGrid_InitColumnProps(int index) {
 }
 
 void QORVA_AdjustAcc::mSdgDBGrid_RowLoaded(int index, messaging::Bookmark) {
-  trap(m_services, source("mSdgDBGrid_RowLoaded"), [&] {
+  // Runs for every row a list loads: its name is made once.
+  static const QString kRowLoaded = source("mSdgDBGrid_RowLoaded");
+  trap(m_services, kRowLoaded, [&] {
     platform::Grid& grid = mSdgDBGrid[index];
-    const messaging::RecordSetPtr set = grid.recordset();
+    const messaging::RecordSetPtr& set = (index == ReceivablesList ? mAdodc1 : mAdodc2).recordset();
     if (!set || set->recordCount() == 0) {
       return;
     }

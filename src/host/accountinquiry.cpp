@@ -22,11 +22,17 @@ const SectionBuilder& receivablesBuilder() {
   return builder;
 }
 
-const QString kReceivableColumns = QStringLiteral(
-    "SELECT c.CUST_NM, a.ACCT_RCVBL_NBR, a.ACCT_RCVBL_CK_NBR, a.STP_DT, a.ORIG_ASSMT_AMT, a.LTE_FEE_AMT, "
-    "a.ACRD_INTRST_AMT, a.ACCT_RCVBL_DUE_AMT, a.ACCT_RCVBL_BAL_AMT, a.ACCT_STTS_CD, a.ACCT_RCVBL_TYP_CD, "
-    "a.ACTV_STTS_CD, a.CASE_ID, a.CUST_ID, a.ROW_VRSN_NBR "
-    "FROM ACCT_RCVBL a JOIN CUSTOMER c ON c.CUST_ID = a.CUST_ID ");
+const QStringList kReceivableSelect = {
+    QStringLiteral("c.CUST_NM"),          QStringLiteral("a.ACCT_RCVBL_NBR"),     QStringLiteral("a.ACCT_RCVBL_CK_NBR"),
+    QStringLiteral("a.STP_DT"),           QStringLiteral("a.ORIG_ASSMT_AMT"),     QStringLiteral("a.LTE_FEE_AMT"),
+    QStringLiteral("a.ACRD_INTRST_AMT"),  QStringLiteral("a.ACCT_RCVBL_DUE_AMT"), QStringLiteral("a.ACCT_RCVBL_BAL_AMT"),
+    QStringLiteral("a.ACCT_STTS_CD"),     QStringLiteral("a.ACCT_RCVBL_TYP_CD"),  QStringLiteral("a.ACTV_STTS_CD"),
+    QStringLiteral("a.CASE_ID"),          QStringLiteral("a.CUST_ID"),            QStringLiteral("a.ROW_VRSN_NBR")};
+const QString kReceivableFrom = QStringLiteral("FROM ACCT_RCVBL a JOIN CUSTOMER c ON c.CUST_ID = a.CUST_ID ");
+const QString kReceivableColumns =
+    QStringLiteral("SELECT ") + kReceivableSelect.join(QStringLiteral(", ")) + u' ' + kReceivableFrom;
+// The account list's order: by customer, then by number (indexes into kReceivableSelect).
+const QList<int> kReceivableOrder = {13, 1};
 
 const SectionBuilder& receiptsBuilder() {
   static const SectionBuilder builder(
@@ -37,10 +43,13 @@ const SectionBuilder& receiptsBuilder() {
 }
 
 // The receipt list shows the whole excess of each receipt (null when it had none).
-const QString kReceiptColumns = QStringLiteral(
-    "SELECT r.RCPT_DT, r.RCPT_NBR, r.RCPT_STTS_CD, r.TOT_PYMT_AMT, "
-    "(SELECT SUM(o.OVR_PYMT_AMT) FROM OVR_PYMT o WHERE o.RCPT_NBR = r.RCPT_NBR), "
-    "r.CUST_ID, r.CNFRMTN_NBR, r.ROW_VRSN_NBR FROM RCPT r ");
+const QStringList kReceiptSelect = {
+    QStringLiteral("r.RCPT_DT"), QStringLiteral("r.RCPT_NBR"), QStringLiteral("r.RCPT_STTS_CD"),
+    QStringLiteral("r.TOT_PYMT_AMT"),
+    QStringLiteral("(SELECT SUM(o.OVR_PYMT_AMT) FROM OVR_PYMT o WHERE o.RCPT_NBR = r.RCPT_NBR)"),
+    QStringLiteral("r.CUST_ID"), QStringLiteral("r.CNFRMTN_NBR"), QStringLiteral("r.ROW_VRSN_NBR")};
+const QString kReceiptFrom = QStringLiteral("FROM RCPT r ");
+const QList<int> kReceiptOrder = {1};  // by receipt number
 
 // An account is every receivable filed under the reference (a form, a payment plan, an alert) or carrying
 // that number itself.
@@ -110,6 +119,36 @@ Result<RecordSet> receivableSection(const Sql& sql, qint64 receivableId) {
                                   {receivableId});
 }
 
+namespace {
+
+// The account's receivables and its receipts, read with one statement.
+const SectionUnion& accountSections() {
+  static const SectionUnion sections(
+      {{&receivablesBuilder(), kReceivableSelect, kReceivableFrom + QStringLiteral("WHERE ") + kAccountCondition,
+        kReceivableOrder},
+       {&receiptsBuilder(), kReceiptSelect,
+        kReceiptFrom + QStringLiteral("WHERE r.RCPT_NBR IN (SELECT p.RCPT_NBR FROM PYMT p JOIN ACCT_RCVBL a "
+                                      "ON a.ACCT_RCVBL_ID = p.ACCT_RCVBL_ID WHERE ") +
+            kAccountCondition + u')',
+        kReceiptOrder}});
+  return sections;
+}
+
+// The same for a check number: the receivables its payments paid, and the receipts it was part of.
+const SectionUnion& checkSections() {
+  static const SectionUnion sections(
+      {{&receivablesBuilder(), kReceivableSelect,
+        kReceivableFrom + QStringLiteral("WHERE a.ACCT_RCVBL_ID IN (SELECT p.ACCT_RCVBL_ID FROM PYMT p "
+                                         "JOIN FUND f ON f.RCPT_NBR = p.RCPT_NBR WHERE f.FUND_RFRNC_NBR = ?)"),
+        kReceivableOrder},
+       {&receiptsBuilder(), kReceiptSelect,
+        kReceiptFrom + QStringLiteral("WHERE r.RCPT_NBR IN (SELECT f.RCPT_NBR FROM FUND f WHERE f.FUND_RFRNC_NBR = ?)"),
+        kReceiptOrder}});
+  return sections;
+}
+
+}  // namespace
+
 Outcome accountInquiry(const Context& context) {
   const QString kind = QStringLiteral("The account inquiry");
   if (const QString problem =
@@ -125,32 +164,11 @@ Outcome accountInquiry(const Context& context) {
   const AccountReference& ref = reference.value();
   Sections sections;
   QString error;
-  if (ref.type == kCheckNumberType) {
-    if (!receivablesBuilder().addTo(
-            sections, context.sql,
-            kReceivableColumns + QStringLiteral("WHERE a.ACCT_RCVBL_ID IN (SELECT p.ACCT_RCVBL_ID FROM PYMT p "
-                                                "JOIN FUND f ON f.RCPT_NBR = p.RCPT_NBR WHERE f.FUND_RFRNC_NBR = ?) "
-                                                "ORDER BY a.CUST_ID, a.ACCT_RCVBL_NBR"),
-            {ref.number}, error) ||
-        !receiptsBuilder().addTo(sections, context.sql,
-                                 kReceiptColumns + QStringLiteral("WHERE r.RCPT_NBR IN (SELECT f.RCPT_NBR FROM FUND f "
-                                                                  "WHERE f.FUND_RFRNC_NBR = ?) ORDER BY r.RCPT_NBR"),
-                                 {ref.number}, error)) {
-      return refuse(error);
-    }
-    return sections;
-  }
-  const QVariantList values = {ref.type, ref.number, ref.type, ref.number};
-  if (!receivablesBuilder().addTo(sections, context.sql,
-                                  kReceivableColumns + QStringLiteral("WHERE ") + kAccountCondition +
-                                      QStringLiteral(" ORDER BY a.CUST_ID, a.ACCT_RCVBL_NBR"),
-                                  values, error) ||
-      !receiptsBuilder().addTo(sections, context.sql,
-                               kReceiptColumns +
-                                   QStringLiteral("WHERE r.RCPT_NBR IN (SELECT p.RCPT_NBR FROM PYMT p JOIN ACCT_RCVBL a "
-                                                  "ON a.ACCT_RCVBL_ID = p.ACCT_RCVBL_ID WHERE ") +
-                                   kAccountCondition + QStringLiteral(") ORDER BY r.RCPT_NBR"),
-                               values, error)) {
+  const QVariantList values = ref.type == kCheckNumberType
+                                  ? QVariantList{ref.number}
+                                  : QVariantList{ref.type, ref.number, ref.type, ref.number};
+  const SectionUnion& both = ref.type == kCheckNumberType ? checkSections() : accountSections();
+  if (!both.addTo(sections, context.sql, {values, values}, error)) {
     return refuse(error);
   }
   return sections;

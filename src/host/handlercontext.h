@@ -70,6 +70,12 @@ public:
   bool addTo(Sections& sections, const Sql& sql, const QString& statement, const QVariantList& values,
              QString& error) const;
 
+  // How many query columns feed it (one per source).
+  int columnCount() const { return static_cast<int>(m_slots.size()); }
+  // Appends the current row of `query` to the set behind `writer`, reading the sources from column
+  // `firstColumn` on.
+  void appendRow(messaging::RecordSetWriter& writer, const QSqlQuery& query, int firstColumn = 0) const;
+
 private:
   QString m_section;
   QList<messaging::Field> m_fields;
@@ -78,6 +84,39 @@ private:
     Cell cell;
   };
   std::vector<Slot> m_slots;
+};
+
+// Several sections that must agree with each other, read together. Where statements travel to a database
+// server (see SqlDialect::statementsTravel) they are read with one statement, which sees one state of the
+// database by itself, so that no transaction is needed around it (on PostgreSQL one round trip instead of
+// four): the parts' selects joined by UNION ALL, each row starting with its part's number (1, 2, ...), then
+// the columns of every part in turn, those of the other parts null; rows come part after part, each part in
+// its own order. In process each part is read by its own statement (the host's read transaction makes them
+// agree), which keeps the rows narrow.
+class SectionUnion {
+public:
+  struct Part {
+    const SectionBuilder* builder;
+    QStringList columns;      // one expression per source of the builder
+    QString from;             // "FROM ... WHERE ...", with "?" for values
+    QList<int> orderBy;       // indexes into `columns`, ascending
+  };
+  explicit SectionUnion(QList<Part> parts);
+
+  // The one statement, and the statement of each part.
+  const QString& statement() const { return m_statement; }
+  const QString& partStatement(qsizetype part) const { return m_partStatements.at(part); }
+
+  // Reads the sections with the values of each part's "?" in order (`values` holds one list per part) and
+  // adds them to `sections`; false (with `error`) when a statement failed.
+  bool addTo(Sections& sections, const Sql& sql, const QList<QVariantList>& values, QString& error) const;
+
+private:
+  bool addJoined(Sections& sections, const Sql& sql, const QList<QVariantList>& values, QString& error) const;
+
+  QList<Part> m_parts;
+  QString m_statement;
+  QStringList m_partStatements;
 };
 
 // Layout mismatches met while building sections (a field the catalogue lacks): empty in a sound build.

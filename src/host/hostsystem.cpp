@@ -5,8 +5,14 @@
 #include "requestlog.h"
 #include "transaction.h"
 
+#include <QHash>
+#include <QDateTime>
 #include <QSqlDatabase>
+#include <QTime>
 #include <QTimeZone>
+
+#include <chrono>
+#include <set>
 
 namespace adjustacc::host {
 
@@ -130,6 +136,38 @@ Route route(const Request& request) {
 
 constexpr int kSaveAttempts = 3;
 
+// Bounds the officers one connection remembers; the cache simply starts over.
+constexpr qsizetype kMaxCachedOfficers = 256;
+
+// The agency's calendar day, for every request. Reading the local date costs a time-zone conversion (and a
+// look at the zone file) each time, so the day is kept with the moments it starts and ends and read again
+// only when the clock leaves it.
+class CalendarDay {
+public:
+  QDate today() {
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    if (now >= m_startMs && now < m_endMs) {
+      return m_day;
+    }
+    const QDate day = QDateTime::fromMSecsSinceEpoch(now, Qt::LocalTime).date();
+    const qint64 start = QDateTime(day, QTime(0, 0), Qt::LocalTime).toMSecsSinceEpoch();
+    const qint64 end = QDateTime(day.addDays(1), QTime(0, 0), Qt::LocalTime).toMSecsSinceEpoch();
+    if (start <= now && now < end) {
+      m_day = day;
+      m_startMs = start;
+      m_endMs = end;
+    } else {
+      m_startMs = m_endMs = 0;  // a day the zone rules make odd: not kept
+    }
+    return day;
+  }
+
+private:
+  QDate m_day;
+  qint64 m_startMs = 0;
+  qint64 m_endMs = 0;
+};
+
 }  // namespace
 
 struct HostSystem::Impl {
@@ -137,7 +175,21 @@ struct HostSystem::Impl {
   std::optional<Sql> sql;
   QString openError;
 
-  Reply inquire(const Route& route, const Context& context) const;
+  // Officers as last read for an inquiry, by upper-cased id. Only active officers are kept.
+  struct CachedOfficer {
+    Officer officer;
+    std::chrono::steady_clock::time_point read;
+  };
+  QHash<QString, CachedOfficer> officers;
+  std::chrono::milliseconds officerLifetime = kDefaultOfficerCacheLifetime;
+  CalendarDay calendar;
+
+  Result<std::optional<Officer>> officerFor(const QString& officerId, bool fresh);
+
+  // Inquiries that read with more than one statement (so always inside a read transaction).
+  std::set<Handler> severalStatements;
+
+  Reply inquire(const Route& route, const Context& context);
   Reply save(const Route& route, Context& context) const;
 };
 
@@ -158,22 +210,66 @@ HostSystem::HostSystem(QString connectionName) : d(new Impl) {
 
 HostSystem::~HostSystem() { delete d; }
 
-Reply HostSystem::Impl::inquire(const Route& route, const Context& context) const {
+void HostSystem::setOfficerCacheLifetime(std::chrono::milliseconds lifetime) {
+  d->officerLifetime = lifetime;
+  if (lifetime.count() <= 0) {
+    d->officers.clear();
+  }
+}
+
+Result<std::optional<Officer>> HostSystem::Impl::officerFor(const QString& officerId, bool fresh) {
+  const QString key = officerId.trimmed().toUpper();
+  const auto now = std::chrono::steady_clock::now();
+  if (!fresh && officerLifetime.count() > 0) {
+    const auto cached = officers.constFind(key);
+    if (cached != officers.constEnd() && now - cached->read < officerLifetime) {
+      return std::optional<Officer>(cached->officer);
+    }
+  }
+  Result<std::optional<Officer>> loaded = loadOfficer(*sql, officerId);
+  if (!loaded || !loaded.value()) {
+    officers.remove(key);
+  } else if (officerLifetime.count() > 0) {
+    if (officers.size() >= kMaxCachedOfficers) {
+      officers.clear();
+    }
+    officers.insert(key, {*loaded.value(), now});
+  }
+  return loaded;
+}
+
+Reply HostSystem::Impl::inquire(const Route& route, const Context& context) {
   const Request& request = context.request;
+  const auto answer = [&request](Outcome& outcome) {
+    if (!outcome) {
+      return Reply::failure(request.replyTo, request.requestId, outcome.error());
+    }
+    Reply reply;
+    reply.replyTo = request.replyTo;
+    reply.requestId = request.requestId;
+    reply.sections = std::move(outcome.value());
+    return reply;
+  };
+  // The sections of a reply must agree with each other. An inquiry answered by one statement sees one state
+  // of the database by itself; one that reads with several statements needs a read transaction around them
+  // (on PostgreSQL two more round trips). So an inquiry is first tried without a transaction, and when it
+  // turns out to have run more than one statement its answer is thrown away, it is read again inside a
+  // transaction, and from then on it always is.
+  if (severalStatements.count(route.handler) == 0) {
+    const quint64 before = sql->statementCount();
+    Outcome outcome = route.handler(context);
+    if (sql->statementCount() - before <= 1) {
+      return answer(outcome);
+    }
+    severalStatements.insert(route.handler);
+  }
   Transaction reading(*sql);
   if (Result<bool> started = reading.beginRead(); !started) {
     return Reply::failure(request.replyTo, request.requestId, started.error());
   }
   Outcome outcome = route.handler(context);
   reading.rollback();
-  if (!outcome) {
-    return Reply::failure(request.replyTo, request.requestId, outcome.error());
-  }
-  Reply reply;
-  reply.replyTo = request.replyTo;
-  reply.requestId = request.requestId;
-  reply.sections = std::move(outcome.value());
-  return reply;
+  return answer(outcome);
 }
 
 Reply HostSystem::Impl::save(const Route& route, Context& context) const {
@@ -260,18 +356,19 @@ Reply HostSystem::handle(const Request& request, const QString& officerId) {
     return fail(QStringLiteral("The request was sent in the name of \"%1\", but the signed-on officer is \"%2\".")
                     .arg(request.user, officerId));
   }
-  Result<std::optional<Officer>> officer = loadOfficer(*d->sql, officerId);
+  const Route chosen = route(request);
+  // A save reads its officer and rights afresh; an inquiry may go by what was read a moment ago.
+  Result<std::optional<Officer>> officer = d->officerFor(officerId, chosen.writes || !chosen.handler);
   if (!officer) {
     return fail(officer.error());
   }
   if (!officer.value()) {
     return fail(QStringLiteral("Officer \"%1\" is not known to the host or is no longer active.").arg(officerId));
   }
-  const Route chosen = route(request);
   if (!chosen.handler) {
     return fail(chosen.error);
   }
-  Context context{*d->sql, *officer.value(), QDate::currentDate(), QDateTime::currentDateTimeUtc(), request};
+  Context context{*d->sql, *officer.value(), d->calendar.today(), QDateTime::currentDateTimeUtc(), request};
   return chosen.writes ? d->save(chosen, context) : d->inquire(chosen, context);
 }
 

@@ -9,6 +9,8 @@
 #include <QDate>
 #include <QString>
 
+#include <chrono>
+
 namespace adjustacc::host {
 
 struct DatabaseOptions {
@@ -47,6 +49,12 @@ public:
   // desktop's signed-on officer); a request whose user is another officer is refused. Never throws: every
   // failure is a Reply with an error text, and a failed save writes nothing.
   messaging::Reply handle(const messaging::Request& request, const QString& officerId);
+
+  // How long an inquiry may go by what the host last read of its officer (still active, region, rights)
+  // instead of reading it again; 0 reads it for every request. Saves always read the officer afresh, so a
+  // right taken away or an officer made inactive stops saves at once and inquiries within this time.
+  void setOfficerCacheLifetime(std::chrono::milliseconds lifetime);
+  static constexpr std::chrono::milliseconds kDefaultOfficerCacheLifetime{5000};
 
 private:
   struct Impl;

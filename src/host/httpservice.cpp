@@ -218,6 +218,9 @@ void HttpService::handlePost(const QHttpServerRequest& request, QHttpServerRespo
     if (TokenStore* tokens = session.tokens()) {
       tokens->setCacheLifetime(m_options.tokenCacheLifetime);
     }
+    if (HostSystem* system = session.system()) {
+      system->setOfficerCacheLifetime(m_options.officerCacheLifetime);
+    }
     if (!session.system()) {
       const auto [replyTo, requestId] = envelopeOf(body);
       entry.requestId = requestId;

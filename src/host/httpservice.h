@@ -42,6 +42,8 @@ struct HttpServiceOptions {
   int maxQueued = 256;
   // How long a worker trusts what it read of a token; a revoked token stops working within this time.
   std::chrono::milliseconds tokenCacheLifetime{5000};
+  // How long a worker's inquiries go by what it read of an officer (active, rights); saves always read afresh.
+  std::chrono::milliseconds officerCacheLifetime = HostSystem::kDefaultOfficerCacheLifetime;
 };
 
 // What the service logs for each request it answered.

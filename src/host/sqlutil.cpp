@@ -4,6 +4,7 @@
 #include <QSqlError>
 #include <QSqlRecord>
 
+#include <cstring>
 #include <iterator>
 
 namespace adjustacc::host {
@@ -20,6 +21,7 @@ QString databaseFailureText(const QSqlQuery& query) {
 }
 
 Result<QSqlQuery> Sql::run(const QString& statement, const QVariantList& values) const {
+  ++m_statements;
   QSqlQuery query(m_db);
   query.setForwardOnly(true);
   if (values.isEmpty()) {
@@ -45,6 +47,7 @@ Result<QSqlQuery> Sql::run(const QString& statement, const QVariantList& values)
 }
 
 Result<QSqlQuery*> Sql::runPrepared(const QString& statement, const QVariantList& values) const {
+  ++m_statements;
   std::shared_ptr<QSqlQuery>& slot = (*m_prepared)[statement];
   if (!slot) {
     auto query = std::make_shared<QSqlQuery>(m_db);
@@ -113,26 +116,34 @@ Result<qint64> Sql::insertReturningId(const QString& statement, const QVariantLi
   return row.value()->first().toLongLong();
 }
 
-QString centsToText(qint64 cents) {
-  // Written straight into one buffer: replies carry hundreds of thousands of amounts.
-  char16_t buffer[24];
-  char16_t* end = buffer + std::size(buffer);
-  char16_t* p = end;
+int centsToAscii(qint64 cents, char* buffer) {
+  // Written from the end of a scratch area, then moved to the front: replies carry hundreds of thousands of
+  // amounts.
+  char scratch[kCentsTextBytes];
+  char* end = scratch + kCentsTextBytes;
+  char* p = end;
   const bool negative = cents < 0;
   quint64 magnitude = negative ? quint64(0) - quint64(cents) : quint64(cents);
-  *--p = char16_t(u'0' + magnitude % 10);
+  *--p = static_cast<char>('0' + magnitude % 10);
   magnitude /= 10;
-  *--p = char16_t(u'0' + magnitude % 10);
+  *--p = static_cast<char>('0' + magnitude % 10);
   magnitude /= 10;
-  *--p = u'.';
+  *--p = '.';
   do {
-    *--p = char16_t(u'0' + magnitude % 10);
+    *--p = static_cast<char>('0' + magnitude % 10);
     magnitude /= 10;
   } while (magnitude > 0);
   if (negative) {
-    *--p = u'-';
+    *--p = '-';
   }
-  return QString(reinterpret_cast<const QChar*>(p), end - p);
+  const auto length = static_cast<int>(end - p);
+  std::memcpy(buffer, p, static_cast<std::size_t>(length));
+  return length;
+}
+
+QString centsToText(qint64 cents) {
+  char buffer[kCentsTextBytes];
+  return QString::fromLatin1(buffer, centsToAscii(cents, buffer));
 }
 
 std::optional<qint64> parseCents(QStringView text) {
@@ -208,6 +219,28 @@ QVariant dayCell(const QVariant& value) {
     return value;  // SQLite keeps days as ISO text already
   }
   return dayFromValue(value).toString(Qt::ISODate);
+}
+
+bool dayToAscii(const QDate& day, char* buffer) {
+  int year = 0;
+  int month = 0;
+  int dayOfMonth = 0;
+  day.getDate(&year, &month, &dayOfMonth);
+  if (!day.isValid() || year < 1 || year > 9999) {
+    return false;
+  }
+  const auto digits = [](char* at, int value, int count) {
+    for (int i = count - 1; i >= 0; --i) {
+      at[i] = static_cast<char>('0' + value % 10);
+      value /= 10;
+    }
+  };
+  digits(buffer, year, 4);
+  buffer[4] = '-';
+  digits(buffer + 5, month, 2);
+  buffer[7] = '-';
+  digits(buffer + 8, dayOfMonth, 2);
+  return true;
 }
 
 QVariant timestampCell(const QVariant& value) {

@@ -48,6 +48,10 @@ public:
 
   QVariant date(const QDate& day) const { return m_dialect.dateValue(day); }
 
+  // Statements run on this connection so far (run and runPrepared, failed ones included): tells whether an
+  // inquiry read with one statement, which sees one state of the database by itself.
+  quint64 statementCount() const { return m_statements; }
+
   // The database's error of the last statement that failed (for telling a conflict with a concurrent
   // writer, worth another attempt, from a refusal).
   QSqlError lastError() const { return m_lastError; }
@@ -57,6 +61,7 @@ private:
   QSqlDatabase m_db;
   SqlDialect m_dialect;
   mutable QSqlError m_lastError;
+  mutable quint64 m_statements = 0;
   std::shared_ptr<QHash<QString, std::shared_ptr<QSqlQuery>>> m_prepared =
       std::make_shared<QHash<QString, std::shared_ptr<QSqlQuery>>>();
 };
@@ -66,6 +71,9 @@ QString databaseFailureText(const QSqlQuery& query);
 
 // --- money: whole cents in the database, "1234.50" in replies and requests -------------------------------
 QString centsToText(qint64 cents);
+// The same written into `buffer` (at least kCentsTextBytes long) as ASCII; returns how many bytes it took.
+inline constexpr int kCentsTextBytes = 24;
+int centsToAscii(qint64 cents, char* buffer);
 // Reads "1234.50", "1234.5", "1234", "-12.00", ".50"; at most two decimals (more are accepted only when
 // they are zeros, "12.5000"), at most eleven whole digits; no "$", "," or blanks.
 std::optional<qint64> parseCents(QStringView text);
@@ -77,6 +85,8 @@ QString centsForDisplay(qint64 cents);
 QDate dayFromValue(const QVariant& value);
 // "yyyy-mm-dd" (or null) for a reply cell.
 QVariant dayCell(const QVariant& value);
+// A day of years 1 to 9999 as "yyyy-mm-dd" into `buffer` (10 bytes); false for other days.
+bool dayToAscii(const QDate& day, char* buffer);
 // "yyyy-mm-dd HH:MM:SS" (or null) for a reply cell.
 QVariant timestampCell(const QVariant& value);
 // Reads exactly "yyyy-mm-dd" (a real calendar day).

@@ -188,6 +188,41 @@ public:
     return true;
   }
 
+  // Text or null, handed straight to a record set writer: plain ASCII as the bytes of the document,
+  // anything else decoded first.
+  bool cellInto(RecordSetWriter& writer, int field, qsizetype maxChars) {
+    const char next = peek();
+    if (next == 'n') {
+      if (!literal("null"))
+        return false;
+      writer.setNull(field);
+      return true;
+    }
+    if (next != '"')
+      return fail(u"text in double quotes or null is expected"_s);
+    const char* s = m_p + 1;
+    while (s < m_end) {
+      const auto c = static_cast<unsigned char>(*s);
+      if (c == '"' || c == '\\' || c < 0x20 || c >= 0x80)
+        break;
+      ++s;
+    }
+    if (s < m_end && *s == '"') {
+      if (s - (m_p + 1) > maxChars) {
+        ++m_p;
+        return fail(u"the text is longer than %1 characters"_s.arg(maxChars));
+      }
+      writer.setUtf8(field, std::string_view(m_p + 1, static_cast<std::size_t>(s - (m_p + 1))));
+      m_p = s + 1;
+      return true;
+    }
+    QString text;
+    if (!string(text, maxChars))
+      return false;
+    writer.setText(field, text);
+    return true;
+  }
+
   // A whole number that fits an int, written as a JSON number without fraction or exponent.
   bool integer(int& out) {
     const char first = peek();
@@ -364,17 +399,21 @@ private:
 QString quoted(const QString& name) { return u"\""_s + name + u"\""_s; }
 
 // Tracks the members of an object with a fixed set of names: each once, none missing, no others.
+// Objects are read by the thousand, so the names are compared where they stand, without copies.
 class MemberSet {
 public:
-  explicit MemberSet(std::initializer_list<const char16_t*> names) {
+  static constexpr qsizetype kMaxMembers = 8;
+  MemberSet(std::initializer_list<const char16_t*> names) {
+    Q_ASSERT(names.size() <= kMaxMembers);
     for (const char16_t* name : names)
-      m_names.append(QString::fromUtf16(name));
-    m_seen.resize(m_names.size(), false);
+      m_names[m_count++] = QStringView(name);
   }
   // Index of a member name, or -1 after recording the failure (unknown or repeated member).
   qsizetype accept(JsonReader& reader, const QString& name) {
-    const qsizetype index = m_names.indexOf(name);
-    if (index < 0) {
+    qsizetype index = 0;
+    while (index < m_count && m_names[index] != name)
+      ++index;
+    if (index == m_count) {
       reader.fail(u"unexpected member %1"_s.arg(quoted(name.left(limits::kMaxNameChars))));
       return -1;
     }
@@ -386,24 +425,27 @@ public:
     return index;
   }
   bool complete(JsonReader& reader) const {
-    for (qsizetype i = 0; i < m_names.size(); ++i) {
+    for (qsizetype i = 0; i < m_count; ++i) {
       if (!m_seen[i])
-        return reader.fail(u"the member %1 is missing"_s.arg(quoted(m_names[i])));
+        return reader.fail(u"the member %1 is missing"_s.arg(quoted(m_names[i].toString())));
     }
     return true;
   }
   bool seen(qsizetype index) const { return m_seen[index]; }
 
 private:
-  QStringList m_names;
-  QList<bool> m_seen;
+  QStringView m_names[kMaxMembers];
+  bool m_seen[kMaxMembers] = {};
+  qsizetype m_count = 0;
 };
 
-bool checkName(JsonReader& reader, const QString& name, const QString& what) {
+// `what` names the text in the failure ("a field name"); a function, so that it is only made on failure.
+template <typename What>
+bool checkName(JsonReader& reader, const QString& name, What&& what) {
   if (name.isEmpty())
-    return reader.fail(u"%1 is empty"_s.arg(what));
+    return reader.fail(u"%1 is empty"_s.arg(what()));
   if (name.size() > limits::kMaxNameChars)
-    return reader.fail(u"%1 is longer than %2 characters"_s.arg(what).arg(limits::kMaxNameChars));
+    return reader.fail(u"%1 is longer than %2 characters"_s.arg(what()).arg(limits::kMaxNameChars));
   return true;
 }
 
@@ -430,7 +472,7 @@ bool readSection(JsonReader& reader, const QString& sectionName, RecordSet& out,
       QString name;
       if (!reader.string(name, limits::kMaxValueChars))
         return reader.within(u"field %1"_s.arg(index + 1));
-      if (!checkName(reader, name, u"field name %1"_s.arg(index + 1)))
+      if (!checkName(reader, name, [index] { return u"field name %1"_s.arg(index + 1); }))
         return false;
       const QString key = name.toUpper();
       if (seenNames.contains(key))
@@ -441,13 +483,12 @@ bool readSection(JsonReader& reader, const QString& sectionName, RecordSet& out,
     });
   };
 
-  const auto readRow = [&](qsizetype index, qsizetype expected) -> bool {
+  // A row that comes before the fields are known: kept aside as values.
+  const auto readEarlyRow = [&](qsizetype index) -> bool {
     if (++state.rows > limits::kMaxRowsPerReply)
       return reader.fail(u"the reply holds more than %1 rows"_s.arg(limits::kMaxRowsPerReply));
     row.resize(0);
-    const bool ok = reader.array([&](qsizetype column) {
-      if (expected >= 0 && column >= expected)
-        return reader.fail(u"row %1 has more values than the %2 fields"_s.arg(index + 1).arg(expected));
+    return reader.array([&](qsizetype column) {
       if (++state.cells > limits::kMaxCellsPerReply)
         return reader.fail(u"the reply holds more than %1 values"_s.arg(limits::kMaxCellsPerReply));
       QVariant value;
@@ -456,11 +497,6 @@ bool readSection(JsonReader& reader, const QString& sectionName, RecordSet& out,
       row.append(std::move(value));
       return true;
     });
-    if (!ok)
-      return false;
-    if (expected >= 0 && row.size() != expected)
-      return reader.fail(u"row %1 has %2 values but the section has %3 fields"_s.arg(index + 1).arg(row.size()).arg(expected));
-    return true;
   };
 
   const auto readRows = [&]() -> bool {
@@ -472,15 +508,32 @@ bool readSection(JsonReader& reader, const QString& sectionName, RecordSet& out,
       // claimed by a broken document cannot reserve more than the bounds allow.
       const qsizetype budget = (limits::kMaxCellsPerReply - state.cells) / qMax<qsizetype>(1, expected);
       out.reserve(static_cast<int>(std::min({reader.countElements(), budget, limits::kMaxRowsPerReply - state.rows})));
+      // The values go straight into the set's storage, a row at a time.
+      RecordSetWriter writer(out);
       return reader.array([&](qsizetype index) {
-        if (!readRow(index, expected))
+        if (++state.rows > limits::kMaxRowsPerReply)
+          return reader.fail(u"the reply holds more than %1 rows"_s.arg(limits::kMaxRowsPerReply));
+        qsizetype count = 0;
+        const bool read = reader.array([&](qsizetype column) {
+          if (column >= expected)
+            return reader.fail(u"row %1 has more values than the %2 fields"_s.arg(index + 1).arg(expected));
+          if (++state.cells > limits::kMaxCellsPerReply)
+            return reader.fail(u"the reply holds more than %1 values"_s.arg(limits::kMaxCellsPerReply));
+          if (!reader.cellInto(writer, static_cast<int>(column), limits::kMaxValueChars))
+            return reader.within(u"row %1, value %2"_s.arg(index + 1).arg(column + 1));
+          count = column + 1;
+          return true;
+        });
+        if (!read)
           return false;
-        out.addNew(row);
+        if (count != expected)
+          return reader.fail(u"row %1 has %2 values but the section has %3 fields"_s.arg(index + 1).arg(count).arg(expected));
+        writer.appendRow();
         return true;
       });
     }
     return reader.array([&](qsizetype index) {
-      if (!readRow(index, -1))
+      if (!readEarlyRow(index))
         return false;
       earlyRows.push_back(row);
       return true;
@@ -525,7 +578,7 @@ bool readReply(JsonReader& reader, Reply& reply) {
         return reader.string(reply.error, limits::kMaxValueChars) || reader.within(quoted(name));
       case 3:
         return reader.object([&](const QString& sectionName) {
-          if (!checkName(reader, sectionName, u"a section name"_s))
+          if (!checkName(reader, sectionName, [] { return u"a section name"_s; }))
             return false;
           if (reply.sections.contains(sectionName))
             return reader.fail(u"the section %1 appears twice"_s.arg(quoted(sectionName)));
@@ -561,7 +614,7 @@ bool readParameter(JsonReader& reader, RequestParameter& parameter) {
 bool readRecordLists(JsonReader& reader, QList<RecordList>& lists) {
   qsizetype records = 0;
   return reader.object([&](const QString& listName) {
-    if (!checkName(reader, listName, u"a record-set name"_s))
+    if (!checkName(reader, listName, [] { return u"a record-set name"_s; }))
       return false;
     for (const RecordList& list : lists) {
       if (list.name == listName)
@@ -577,7 +630,7 @@ bool readRecordLists(JsonReader& reader, QList<RecordList>& lists) {
       SaveRecord record;
       QSet<QString> seen;
       const bool recordOk = reader.object([&](const QString& fieldName) {
-        if (!checkName(reader, fieldName, u"a field name"_s))
+        if (!checkName(reader, fieldName, [] { return u"a field name"_s; }))
           return false;
         if (seen.contains(fieldName))
           return reader.fail(u"the field %1 appears twice"_s.arg(quoted(fieldName)));
@@ -651,10 +704,9 @@ bool readDocument(JsonReader& reader, ReadFn&& read) {
 // ------------------------------------------------------------------------------------------------------------
 // Writing.
 
-void appendString(QByteArray& out, const QString& text) {
+void appendUtf8String(QByteArray& out, std::string_view utf8) {
   out.append('"');
-  const QByteArray utf8 = text.toUtf8();
-  const char* p = utf8.constData();
+  const char* p = utf8.data();
   const char* end = p + utf8.size();
   const char* run = p;
   static constexpr char hex[] = "0123456789abcdef";
@@ -680,6 +732,11 @@ void appendString(QByteArray& out, const QString& text) {
   }
   out.append(run, p - run);
   out.append('"');
+}
+
+void appendString(QByteArray& out, const QString& text) {
+  const QByteArray utf8 = text.toUtf8();
+  appendUtf8String(out, std::string_view(utf8.constData(), static_cast<std::size_t>(utf8.size())));
 }
 
 void appendValue(QByteArray& out, const QVariant& value) {
@@ -781,6 +838,13 @@ Result<Request> decodeRequest(QByteArrayView json) {
 
 QByteArray encodeReply(const Reply& reply) {
   QByteArray out;
+  // Room for what most replies take (short codes, numbers and dates), so that the text is seldom moved.
+  qsizetype estimate = 256 + reply.error.size();
+  for (auto it = reply.sections.cbegin(); it != reply.sections.cend(); ++it) {
+    const RecordSet& set = it.value();
+    estimate += 64 + 24 * set.fieldCount() + (set.isOpen() ? qsizetype(set.recordCount()) * set.fieldCount() * 10 : 0);
+  }
+  out.reserve(std::min(estimate, limits::kMaxReplyBytes));
   out.append('{');
   appendMember(out, "replyTo");
   appendString(out, reply.replyTo);
@@ -820,7 +884,11 @@ QByteArray encodeReply(const Reply& reply) {
       for (int f = 0; f < fieldCount; ++f) {
         if (f > 0)
           out.append(',');
-        appendValue(out, set.valueAt(r, f));
+        // The stored UTF-8 as it is, without a QString on the way.
+        if (const std::optional<std::string_view> text = set.utf8At(r, f))
+          appendUtf8String(out, *text);
+        else
+          out.append("null");
       }
       out.append(']');
     }

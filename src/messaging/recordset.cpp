@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <bit>
 #include <climits>
+#include <cstring>
 #include <numeric>
 
 namespace adjustacc::messaging {
@@ -177,6 +178,18 @@ QVariant RecordSet::valueAt(int row, const QString& field) const {
   return valueAt(row, index);
 }
 
+std::optional<std::string_view> RecordSet::utf8At(int row, int field) const {
+  const std::uint32_t physical = physicalRow(row);
+  if (physical == kNotVisible || field < 0 || field >= fieldCount()) {
+    return std::nullopt;
+  }
+  const auto& column = d->columns[static_cast<std::size_t>(field)];
+  if (column.isNull(physical)) {
+    return std::nullopt;
+  }
+  return column.text(physical);
+}
+
 bool RecordSet::isNullAt(int row, int field) const {
   const std::uint32_t physical = physicalRow(row);
   if (physical == kNotVisible || field < 0 || field >= fieldCount()) {
@@ -258,39 +271,39 @@ QVariant RecordSet::value(const QString& field) const {
 // --- changes --------------------------------------------------------------------------------------------------
 
 Bookmark RecordSet::addNew(const QList<QVariant>& values) {
-  if (!d->open) {
-    qWarning("RecordSet::addNew: the record set is closed");
-    return kNoBookmark;
-  }
-  if (d->rows >= static_cast<std::uint32_t>(INT_MAX)) {
-    qWarning("RecordSet::addNew: the record set is full");
-    return kNoBookmark;
-  }
   if (values.size() > fieldCount()) {
     qWarning("RecordSet::addNew: %lld values for %d fields; the extra values are dropped",
              static_cast<long long>(values.size()), fieldCount());
   }
-  std::vector<std::optional<QByteArray>> texts;
-  texts.reserve(static_cast<std::size_t>(fieldCount()));
-  for (int f = 0; f < fieldCount(); ++f) {
-    texts.push_back(f < values.size() ? textOf(values[f]) : std::nullopt);
-    if (texts.back() && !d->columns[static_cast<std::size_t>(f)].canStore(
-                            static_cast<std::size_t>(texts.back()->size()))) {
-      qWarning("RecordSet::addNew: field %d holds too much text for another row", f);
+  RecordSetWriter writer(*this);
+  const int given = static_cast<int>(std::min<qsizetype>(values.size(), fieldCount()));
+  for (int f = 0; f < given; ++f) {
+    writer.setValue(f, values[f]);
+  }
+  return writer.append("RecordSet::addNew");
+}
+
+Bookmark RecordSet::appendUtf8Row(const std::string_view* const* cells, const char* caller) {
+  if (!d->open) {
+    qWarning("%s: the record set is closed", caller);
+    return kNoBookmark;
+  }
+  if (d->rows >= static_cast<std::uint32_t>(INT_MAX)) {
+    qWarning("%s: the record set is full", caller);
+    return kNoBookmark;
+  }
+  const auto count = static_cast<std::size_t>(fieldCount());
+  // Every value is checked before any is stored, so that a row is never left half written.
+  for (std::size_t f = 0; f < count; ++f) {
+    if (cells[f] && !d->columns[f].canStore(cells[f]->size())) {
+      qWarning("%s: field %d holds too much text for another row", caller, static_cast<int>(f));
       return kNoBookmark;
     }
   }
   detach();
   const auto row = d->rows;
-  for (int f = 0; f < fieldCount(); ++f) {
-    auto& column = d->columns[static_cast<std::size_t>(f)];
-    const auto& text = texts[static_cast<std::size_t>(f)];
-    if (text) {
-      const std::string_view bytes(text->constData(), static_cast<std::size_t>(text->size()));
-      column.append(&bytes);
-    } else {
-      column.append(nullptr);
-    }
+  for (std::size_t f = 0; f < count; ++f) {
+    d->columns[f].append(cells[f]);
   }
   ++d->rows;
   d->invalidateKeys(-1);
@@ -504,6 +517,161 @@ std::uint64_t RecordSet::revision() const { return view().revision; }
 std::size_t RecordSet::storageBytes() const {
   const View& w = view();
   return d->bytes() + sizeof(View) + (w.rows.capacity() + w.inverse.capacity()) * sizeof(std::uint32_t);
+}
+
+// --- the writer ---------------------------------------------------------------------------------------------------
+
+RecordSetWriter::RecordSetWriter(RecordSet& set)
+    : m_set(set), m_bytes(256), m_cells(static_cast<std::size_t>(set.fieldCount())) {}
+
+void RecordSetWriter::warnField(int field) const {
+  qWarning("RecordSetWriter: no field %d (%d fields); the value is dropped", field, fieldCount());
+}
+
+char* RecordSetWriter::reserveBytes(std::size_t bytes) {
+  if (m_used + bytes > m_bytes.size()) {
+    m_bytes.resize(std::max(m_used + bytes, m_bytes.size() * 2));
+  }
+  return m_bytes.data() + m_used;
+}
+
+void RecordSetWriter::putUtf8(int field, const char* text, std::size_t length) {
+  char* out = reserveBytes(length);
+  if (length > 0) {
+    std::memcpy(out, text, length);
+  }
+  m_cells[static_cast<std::size_t>(field)] = {m_used, length, true};
+  m_used += length;
+}
+
+void RecordSetWriter::putText(int field, QStringView text) {
+  const auto length = static_cast<std::size_t>(text.size());
+  // Host text is nearly all ASCII: copied unit by unit. Anything else goes through Qt's own conversion,
+  // so that the bytes are exactly those addNew would store.
+  char* out = reserveBytes(length);
+  const char16_t* in = text.utf16();
+  std::size_t i = 0;
+  for (; i < length; ++i) {
+    const char16_t unit = in[i];
+    if (unit >= 0x80) {
+      break;
+    }
+    out[i] = static_cast<char>(unit);
+  }
+  if (i < length) {
+    const QByteArray rest = text.sliced(static_cast<qsizetype>(i)).toUtf8();
+    out = reserveBytes(i + static_cast<std::size_t>(rest.size()));
+    std::memcpy(out + i, rest.constData(), static_cast<std::size_t>(rest.size()));
+    i += static_cast<std::size_t>(rest.size());
+  }
+  m_cells[static_cast<std::size_t>(field)] = {m_used, i, true};
+  m_used += i;
+}
+
+void RecordSetWriter::putNumber(int field, qint64 value) {
+  char buffer[24];
+  char* end = buffer + sizeof buffer;
+  char* p = end;
+  quint64 magnitude = value < 0 ? quint64(0) - quint64(value) : quint64(value);
+  do {
+    *--p = static_cast<char>('0' + magnitude % 10);
+    magnitude /= 10;
+  } while (magnitude > 0);
+  if (value < 0) {
+    *--p = '-';
+  }
+  putUtf8(field, p, static_cast<std::size_t>(end - p));
+}
+
+void RecordSetWriter::setNull(int field) {
+  if (checkField(field)) {
+    m_cells[static_cast<std::size_t>(field)].set = false;
+  }
+}
+
+void RecordSetWriter::setText(int field, QStringView text) {
+  if (checkField(field)) {
+    putText(field, text);
+  }
+}
+
+void RecordSetWriter::setUtf8(int field, std::string_view text) {
+  if (checkField(field)) {
+    putUtf8(field, text.data(), text.size());
+  }
+}
+
+void RecordSetWriter::setNumber(int field, qint64 value) {
+  if (checkField(field)) {
+    putNumber(field, value);
+  }
+}
+
+void RecordSetWriter::setValue(int field, const QVariant& value) {
+  if (!checkField(field)) {
+    return;
+  }
+  if (value.isNull()) {
+    m_cells[static_cast<std::size_t>(field)].set = false;
+    return;
+  }
+  switch (value.typeId()) {
+    case QMetaType::QString:
+      putText(field, *static_cast<const QString*>(value.constData()));
+      return;
+    case QMetaType::LongLong:
+      putNumber(field, *static_cast<const qlonglong*>(value.constData()));
+      return;
+    case QMetaType::Int:
+      putNumber(field, *static_cast<const int*>(value.constData()));
+      return;
+    default:
+      putText(field, value.toString());
+      return;
+  }
+}
+
+void RecordSetWriter::clearRow() {
+  m_used = 0;
+  for (Cell& cell : m_cells) {
+    cell.set = false;
+  }
+}
+
+Bookmark RecordSetWriter::appendRow() { return append("RecordSetWriter::appendRow"); }
+
+Bookmark RecordSetWriter::append(const char* caller) {
+  // Views are made only now: the row's text may have moved while it grew.
+  constexpr std::size_t kInline = 32;
+  std::string_view inlineViews[kInline];
+  const std::string_view* inlinePointers[kInline];
+  std::vector<std::string_view> heapViews;
+  std::vector<const std::string_view*> heapPointers;
+  std::string_view* views = inlineViews;
+  const std::string_view** pointers = inlinePointers;
+  if (m_cells.size() > kInline) {
+    heapViews.resize(m_cells.size());
+    heapPointers.resize(m_cells.size());
+    views = heapViews.data();
+    pointers = heapPointers.data();
+  }
+  for (std::size_t f = 0; f < m_cells.size(); ++f) {
+    const Cell& cell = m_cells[f];
+    if (cell.set) {
+      views[f] = std::string_view(m_bytes.data() + cell.offset, cell.length);
+      pointers[f] = &views[f];
+    } else {
+      pointers[f] = nullptr;
+    }
+  }
+  if (m_set.fieldCount() != fieldCount()) {
+    qWarning("%s: the record set's layout changed while a row was gathered", caller);
+    clearRow();
+    return kNoBookmark;
+  }
+  const Bookmark added = m_set.appendUtf8Row(pointers, caller);
+  clearRow();
+  return added;
 }
 
 }  // namespace adjustacc::messaging

@@ -16,6 +16,8 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace adjustacc::messaging {
@@ -78,6 +80,9 @@ public:
   QVariant valueAt(int row, int field) const;
   QVariant valueAt(int row, const QString& field) const;
   bool isNullAt(int row, int field) const;
+  // The value's text as the set keeps it (UTF-8), without making a QString; nothing for null (and for a row
+  // or field that is not there). The bytes stay valid until the set is changed or destroyed.
+  std::optional<std::string_view> utf8At(int row, int field) const;
   Bookmark bookmarkAt(int row) const;
   // Visible row of a bookmark, or -1 when the row is filtered out or deleted.
   int rowOfBookmark(Bookmark bookmark) const;
@@ -134,6 +139,11 @@ public:
   std::size_t storageBytes() const;
 
 private:
+  friend class RecordSetWriter;
+  // Appends one row of UTF-8 cells (fieldCount() of them, nullptr for null) as addNew does; `caller` names
+  // the function in warnings.
+  Bookmark appendUtf8Row(const std::string_view* const* cells, const char* caller);
+
   std::shared_ptr<detail::Data> d;  // shared row storage, copied before the first write
   struct View;
   std::unique_ptr<View> v;  // this copy's cursor, sort order and filter (null only once moved from)
@@ -148,5 +158,68 @@ private:
 };
 
 using RecordSetPtr = std::shared_ptr<RecordSet>;
+
+// Fills a record set row by row, value by value, straight into its storage: for the large sets of replies
+// (built from query results, or read from the wire) without a QVariant, a QString or a heap block per value.
+//
+//   RecordSetWriter writer(set);
+//   writer.setText(0, name);  writer.setNumber(1, 42);  writer.setNull(2);
+//   writer.appendRow();        // the row as addNew would add it; the writer is ready for the next one
+//
+// Values not set in a row are null. A value set twice keeps the last. Rows end up exactly as addNew of the
+// same values stores them (a null QVariant as null, anything else as its text). The writer holds the set by
+// reference: use the set for nothing else while a row is half gathered.
+class RecordSetWriter {
+public:
+  explicit RecordSetWriter(RecordSet& set);
+  RecordSetWriter(const RecordSetWriter&) = delete;
+  RecordSetWriter& operator=(const RecordSetWriter&) = delete;
+
+  int fieldCount() const { return static_cast<int>(m_cells.size()); }
+
+  // A field out of range is a programming error: it is logged and the value dropped.
+  void setNull(int field);
+  void setText(int field, QStringView text);
+  // Text already in UTF-8; the bytes must be valid UTF-8 (as a JSON reader or a database hands them over).
+  void setUtf8(int field, std::string_view text);
+  void setNumber(int field, qint64 value);  // as its decimal digits
+  // As addNew stores a value: null for a null QVariant, otherwise its text.
+  void setValue(int field, const QVariant& value);
+
+  // Appends the gathered row at the end of the view and makes it current (as addNew). Returns its bookmark,
+  // or kNoBookmark (logged) when the set is closed, full, or a field would hold too much text. Either way the
+  // gathered values are dropped and the next row starts empty.
+  Bookmark appendRow();
+  // Drops the values gathered for the row.
+  void clearRow();
+
+private:
+  friend class RecordSet;
+  Bookmark append(const char* caller);
+
+  struct Cell {
+    std::size_t offset = 0;
+    std::size_t length = 0;
+    bool set = false;
+  };
+  bool checkField(int field) const {
+    if (field >= 0 && field < fieldCount()) {
+      return true;
+    }
+    warnField(field);
+    return false;
+  }
+  void warnField(int field) const;
+  // Room for `bytes` more bytes of the row's text; returns where they go.
+  char* reserveBytes(std::size_t bytes);
+  void putText(int field, QStringView text);
+  void putUtf8(int field, const char* text, std::size_t length);
+  void putNumber(int field, qint64 value);
+
+  RecordSet& m_set;
+  std::vector<char> m_bytes;  // the row's text, cell after cell (only the first m_used bytes are in use)
+  std::size_t m_used = 0;
+  std::vector<Cell> m_cells;
+};
 
 }  // namespace adjustacc::messaging

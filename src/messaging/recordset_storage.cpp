@@ -25,7 +25,16 @@ bool Column::canStore(std::size_t length) const {
 }
 
 std::uint32_t Column::store(std::string_view value) {
-  const std::size_t need = prefixLength(value.size()) + value.size();
+  unsigned char prefix[10];
+  std::size_t prefixBytes = 0;
+  for (std::size_t length = value.size(); ; length >>= 7) {
+    if (length < 0x80u) {
+      prefix[prefixBytes++] = static_cast<unsigned char>(length);
+      break;
+    }
+    prefix[prefixBytes++] = static_cast<unsigned char>((length & 0x7Fu) | 0x80u);
+  }
+  const std::size_t need = prefixBytes + value.size();
   const std::size_t at = m_arena.size();
   // Offsets are 32-bit and kNullCell is reserved. Callers check canStore first, so that a row is never
   // left half written.
@@ -36,8 +45,9 @@ std::uint32_t Column::store(std::string_view value) {
     // Grow by half rather than double: a loaded set keeps less slack.
     m_arena.reserve(std::max(at + need, m_arena.capacity() + m_arena.capacity() / 2 + 64));
   }
-  m_arena.resize(at + need);
-  writeAt(at, value);
+  // Appended as it is (no zero fill first): most values are a few bytes.
+  m_arena.insert(m_arena.end(), prefix, prefix + prefixBytes);
+  m_arena.insert(m_arena.end(), value.begin(), value.end());
   return static_cast<std::uint32_t>(at);
 }
 
@@ -51,6 +61,12 @@ void Column::writeAt(std::size_t at, std::string_view value) {
   *p++ = static_cast<unsigned char>(length);
   if (!value.empty()) {
     std::memcpy(p, value.data(), value.size());
+  }
+}
+
+void Column::reserveText(std::size_t bytes) {
+  if (m_arena.size() + bytes > m_arena.capacity()) {
+    m_arena.reserve(m_arena.size() + bytes);
   }
 }
 
@@ -132,11 +148,14 @@ Data::Data(const Data& other)
       m_keys(std::make_unique<KeySlot[]>(columns.size())) {
   // The copy starts with the keys built so far; a write to a column then drops that column's keys here
   // only.
+  bool any = false;
   for (std::size_t c = 0; c < columns.size(); ++c) {
     std::lock_guard lock(other.m_keys[c].mutex);
     m_keys[c].typed = other.m_keys[c].typed;
     m_keys[c].ranks = other.m_keys[c].ranks;
+    any = any || m_keys[c].typed || m_keys[c].ranks;
   }
+  m_anyKeys.store(any, std::memory_order_relaxed);
 }
 
 void Data::markDeleted(std::uint32_t row) {
@@ -153,18 +172,28 @@ void Data::markDeleted(std::uint32_t row) {
 }
 
 void Data::invalidateKeys(int column) {
+  // Only the writer of an unshared Data drops keys, so nothing builds them meanwhile.
+  if (!m_anyKeys.load(std::memory_order_relaxed)) {
+    return;
+  }
+  bool remaining = false;
   for (std::size_t c = 0; c < columns.size(); ++c) {
     if (column < 0 || static_cast<std::size_t>(column) == c) {
       std::lock_guard lock(m_keys[c].mutex);
       m_keys[c].typed.reset();
       m_keys[c].ranks.reset();
+    } else {
+      std::lock_guard lock(m_keys[c].mutex);
+      remaining = remaining || m_keys[c].typed || m_keys[c].ranks;
     }
   }
+  m_anyKeys.store(remaining, std::memory_order_relaxed);
 }
 
 std::shared_ptr<const TypedColumn> Data::typedLocked(KeySlot& keys, int column) const {
   if (!keys.typed) {
     keys.typed = buildTypedColumn(columns[static_cast<std::size_t>(column)], fields[column].type);
+    m_anyKeys.store(true, std::memory_order_relaxed);
   }
   return keys.typed;
 }
@@ -189,6 +218,7 @@ std::shared_ptr<const ColumnRanks> Data::ranks(int column) const {
     // Number and date ranks order the typed values, which a filter can then use too.
     const auto values = type == FieldType::Text ? nullptr : typedLocked(keys, column);
     keys.ranks = buildColumnRanks(columns[static_cast<std::size_t>(column)], type, values.get());
+    m_anyKeys.store(true, std::memory_order_relaxed);
   }
   return keys.ranks;
 }

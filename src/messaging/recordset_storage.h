@@ -13,6 +13,7 @@
 
 #include "recordset.h"
 
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -52,6 +53,8 @@ public:
   }
 
   void reserve(std::size_t rows) { m_cells.reserve(rows); }
+  // Room for this many more bytes of text (prefixes included) without growing the arena again.
+  void reserveText(std::size_t bytes);
   // False when the column's text would pass 4 GB with another value of this length.
   bool canStore(std::size_t length) const;
   void append(const std::string_view* value);  // nullptr appends a null
@@ -107,6 +110,9 @@ private:
   std::shared_ptr<const TypedColumn> typedLocked(KeySlot& keys, int column) const;
 
   std::unique_ptr<KeySlot[]> m_keys;  // one per column
+  // Whether any column holds keys; spares the per-column locks when rows are appended one by one (a set
+  // being filled has none). Set under a column's lock when its keys are built.
+  mutable std::atomic<bool> m_anyKeys{false};
 };
 
 }  // namespace adjustacc::messaging::detail

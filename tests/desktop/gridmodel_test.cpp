@@ -196,23 +196,5 @@ TEST(GridModelTest, OnlyEditableCellsCanBeEditedAndEditsGoThroughTheGrid) {
   EXPECT_FALSE(model.flags(model.index(0, 2)) & Qt::ItemIsEnabled);
 }
 
-TEST(GridModelTest, ChangedCellsAreAnnouncedOnceRedrawIsBackOn) {
-  Grid grid(u"mSdgGrid"_s);
-  layOut(grid);
-  ASSERT_TRUE(grid.addItem(u"0004711\t10\tOPEN\t0"_s));
-  ASSERT_TRUE(grid.addItem(u"0004712\t10\tOPEN\t0"_s));
-  GridModel model(grid);
-  QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
-  grid.setRedraw(false);
-  ASSERT_TRUE(grid.setCellValue(0, 2, u"CANCELED"_s));
-  ASSERT_TRUE(grid.setCellValue(1, 2, u"CANCELED"_s));
-  EXPECT_EQ(changed.count(), 0);
-  grid.setRedraw(true);
-  ASSERT_EQ(changed.count(), 1);
-  EXPECT_EQ(changed.at(0).at(0).value<QModelIndex>().row(), 0);
-  EXPECT_EQ(changed.at(0).at(1).value<QModelIndex>().row(), 1);
-  EXPECT_EQ(model.index(1, 2).data().toString(), u"CANCELED"_s);
-}
-
 }  // namespace
 }  // namespace adjustacc::desktop

@@ -99,14 +99,6 @@ TEST_F(GridViewTest, ClicksSelectThroughTheGridAndFireClick) {
   EXPECT_EQ(clicks.count(), 4);
 }
 
-TEST_F(GridViewTest, ASingleSelectionGridKeepsOneRow) {
-  grid.setSelectionMode(Grid::SelectionMode::Single);
-  click(2);
-  click(4, Qt::ControlModifier);
-  EXPECT_EQ(grid.selectedRows(), QList<int>{4});
-  EXPECT_EQ(shownSelection(), QList<int>{4});
-}
-
 TEST_F(GridViewTest, TheLogicsSelectionAndCurrentRowShowInTheView) {
   grid.selectRow(8);
   grid.selectRow(9);

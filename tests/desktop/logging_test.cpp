@@ -51,11 +51,5 @@ TEST(LoggingTest, ALogGrownTooLargeIsStartedAfreshAndTheOldOneKept) {
   EXPECT_LT(QFile(path).size(), 1024);
 }
 
-TEST(LoggingTest, AFileThatCannotBeOpenedLeavesStandardErrorOnly) {
-  QTemporaryDir folder;
-  EXPECT_EQ(installLogHandler(folder.filePath(u"missing/folder/adjustacc.log"_s)), QString());
-  removeLogHandler();
-}
-
 }  // namespace
 }  // namespace adjustacc::desktop

@@ -106,10 +106,6 @@ INSTANTIATE_TEST_SUITE_P(
                 QMessageBox::Warning, {B::Ok, B::Cancel}},
         BoxCase{"YesNoNo", MsgButtons::YesNo, MsgIcon::Question, B::No, MsgAnswer::No, QMessageBox::Question,
                 {B::Yes, B::No}},
-        BoxCase{"YesNoCancelYes", MsgButtons::YesNoCancel, MsgIcon::Question, B::Yes, MsgAnswer::Yes,
-                QMessageBox::Question, {B::Yes, B::No, B::Cancel}},
-        BoxCase{"RetryCancelRetry", MsgButtons::RetryCancel, MsgIcon::Information, B::Retry, MsgAnswer::Retry,
-                QMessageBox::Information, {B::Retry, B::Cancel}},
         BoxCase{"AbortRetryIgnoreIgnore", MsgButtons::AbortRetryIgnore, MsgIcon::None, B::Ignore, MsgAnswer::Ignore,
                 QMessageBox::NoIcon, {B::Abort, B::Retry, B::Ignore}},
         // Closed without a button: the box's way out.

@@ -66,8 +66,7 @@ TEST_F(DocumentTest, ArDetailHandsOverTheRowAndItsAssessments) {
   const auto assessment = [](const QString& status, const QString& code, const QString& issued) {
     return Row{{u"VLTN_ASSMT_STTS_CD"_s, status}, {u"ASSMT_CD"_s, code}, {u"ASSMT_ISSUE_DT"_s, issued}};
   };
-  answer(testsupport::replyWith({{u"ASSESSMENT"_s, rowsOf(kAssessmentFields,
-                                                          {assessment(u"A"_s, u"P01"_s, u"2024-01-20"_s),
+  answer(testsupport::replyWith({{u"ASSESSMENT"_s, rowsOf({assessment(u"A"_s, u"P01"_s, u"2024-01-20"_s),
                                                            assessment(u"I"_s, u"F09"_s, u"2024-01-05"_s),
                                                            assessment(u"A"_s, u"P01"_s, u"2024-01-10"_s)})}}));
   QStringList order;

@@ -69,28 +69,5 @@ TEST_F(Responsiveness, TheEventLoopRunsWhileTheAccountRequestIsOutstanding) {
   EXPECT_FALSE(window().isBusy());
 }
 
-TEST_F(Responsiveness, TheWindowAnswersClicksWhileTheReplyIsOnItsWay) {
-  ASSERT_NO_FATAL_FAILURE(start(400));
-  whenShown<FormInqView>([](FormInqView& view) {
-    view.numberBox()->setFocus();
-    QTest::keyClicks(view.numberBox(), u"1000011"_s);
-    QTest::mouseClick(view.button(inquiry::QORVA_FormInq::OkButton), Qt::LeftButton);
-  });
-  window().openAccount();
-  QORVA_AdjustAcc* document = window().currentDocument();
-  ASSERT_TRUE(document->requestOutstanding());
-  // A person works in the window meanwhile: the toolbar entry opens Open Account again at once (and Cancel
-  // keeps everything as it was).
-  bool shownWhileOutstanding = false;
-  whenShown<FormInqView>([&](FormInqView& view) {
-    shownWhileOutstanding = document->requestOutstanding();
-    QTest::mouseClick(view.button(inquiry::QORVA_FormInq::CancelButton), Qt::LeftButton);
-  });
-  window().entryAction(QORVA_AdjustAcc::kOpenAccountEntry)->trigger();
-  EXPECT_TRUE(shownWhileOutstanding);
-  GridView* receipts = window().currentView()->list(QORVA_AdjustAcc::ReceiptsList);
-  ASSERT_TRUE(waitFor([&] { return receipts->table()->model()->rowCount() > 0; }));
-}
-
 }  // namespace
 }  // namespace adjustacc::desktop::testing

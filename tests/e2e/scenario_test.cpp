@@ -154,19 +154,5 @@ TEST_F(ClerkScenario, OpensAnAccountReadsItsListsAndFindsAnotherThroughItsCustom
   screenshot(window(), u"08-account-from-customer"_s);
 }
 
-TEST_F(ClerkScenario, AnAccountThatIsNotOnFileSaysSoInTheStatusBar) {
-  ASSERT_NO_FATAL_FAILURE(start());
-  whenShown<FormInqView>([](FormInqView& view) {
-    typeInto(*view.numberBox(), u"1999990"_s);
-    QTest::mouseClick(view.button(QORVA_FormInq::OkButton), Qt::LeftButton);
-  });
-  window().openAccount();
-  ASSERT_TRUE(waitFor([&] { return window().statusText()->text().endsWith(u" not found"_s); }))
-      << window().statusText()->text().toStdString();
-  EXPECT_TRUE(window().statusText()->text().startsWith(u"CITATION ENF001 number 1999990-"_s))
-      << window().statusText()->text().toStdString();
-  screenshot(window(), u"09-not-found"_s);
-}
-
 }  // namespace
 }  // namespace adjustacc::desktop::testing

@@ -32,6 +32,8 @@ struct CheckCase {
   bool numberMarked;
 };
 
+void PrintTo(const CheckCase& c, std::ostream* os) { *os << c.name; }
+
 class FormInqCheckEdit : public FormInqTest, public ::testing::WithParamInterface<CheckCase> {};
 
 TEST_P(FormInqCheckEdit, FindsTheErrorsInOrder) {

@@ -1,0 +1,89 @@
+// The document host window around the real document: the tab captioned as its container, the document's toolbar
+// entry, the status bar and its busy indicator, Open Account closed with Escape, and closing the document.
+#include "desktopfixture.h"
+
+#include "desktop/adjustaccview.h"
+#include "desktop/forminqview.h"
+#include "desktop/gridview.h"
+
+#include "document/adjustacc.h"
+#include "host/embeddedlink.h"
+#include "platform/modmessagetitle.h"
+#include "platform/statusbar.h"
+
+#include <QAction>
+#include <QFile>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QToolBar>
+
+namespace adjustacc::desktop::testing {
+namespace {
+
+using namespace Qt::Literals::StringLiterals;
+using document::QORVA_AdjustAcc;
+
+class DocumentWindowTest : public DesktopFixture {
+protected:
+  void SetUp() override {
+    DesktopFixture::SetUp();
+    ASSERT_NO_FATAL_FAILURE(start());
+    document = window().currentDocument();
+    ASSERT_NE(document, nullptr);
+  }
+  QORVA_AdjustAcc* document = nullptr;
+};
+
+TEST_F(DocumentWindowTest, TheDocumentIsInATabCaptionedAsItsContainerWithItsToolbarEntry) {
+  EXPECT_EQ(window().documentCount(), 1);
+  EXPECT_EQ(window().tabs()->tabText(0), u"Adjust Account"_s);
+  EXPECT_EQ(platform::modMessageTitle::messageTitle(), u"Adjust Account"_s);
+  EXPECT_EQ(app->statusBar().containerTag(), DocumentWindow::kTag);
+  QAction* entry = window().entryAction(QORVA_AdjustAcc::kOpenAccountEntry);
+  ASSERT_NE(entry, nullptr);
+  EXPECT_TRUE(window().toolBar()->actions().contains(entry));
+  EXPECT_FALSE(document->DataChanged());
+  AdjustAccView* view = window().currentView();
+  EXPECT_FALSE(view->button(QORVA_AdjustAcc::ArDetailButton)->isEnabled());
+  EXPECT_EQ(view->button(QORVA_AdjustAcc::ReceiptDetailButton)->text(), u"Receipt Detail"_s);
+  EXPECT_EQ(view->list(QORVA_AdjustAcc::ReceivablesList)->captionLabel()->text(), u"Account Receivables"_s);
+}
+
+TEST_F(DocumentWindowTest, TheStatusBarShowsTheServicesTextAndABusyIndicator) {
+  auto* busy = window().findChild<QProgressBar*>(u"busyIndicator"_s);
+  ASSERT_NE(busy, nullptr);
+  app->statusBar().setText(u"Searching for CITATION ENF001 number 1000011-4"_s);
+  EXPECT_EQ(window().statusText()->text(), u"Searching for CITATION ENF001 number 1000011-4"_s);
+  EXPECT_FALSE(busy->isVisible());
+  app->ui().setPointer(platform::Pointer::Hourglass);
+  EXPECT_TRUE(busy->isVisible());
+  app->ui().setPointer(platform::Pointer::Default);
+  EXPECT_FALSE(busy->isVisible());
+  app->statusBar().setReady(false);
+  EXPECT_TRUE(busy->isVisible());
+  app->statusBar().setReady(true);
+  EXPECT_FALSE(busy->isVisible());
+}
+
+TEST_F(DocumentWindowTest, ClosingOpenAccountIsItsCancelAndAsksTheHostNothing) {
+  whenShown<FormInqView>([](FormInqView& view) { QTest::keyClick(&view, Qt::Key_Escape); });
+  window().entryAction(QORVA_AdjustAcc::kOpenAccountEntry)->trigger();
+  EXPECT_EQ(app->embeddedLink()->pending(), 0);
+  EXPECT_FALSE(document->DataChanged());
+  EXPECT_FALSE(document->requestOutstanding());
+}
+
+TEST_F(DocumentWindowTest, ClosingTheDocumentRemovesItsEntryAndItsWorkingFile) {
+  QFile work(document->workFilePath());
+  ASSERT_TRUE(work.open(QIODevice::WriteOnly));
+  work.close();
+  window().closeCurrentDocument();
+  EXPECT_FALSE(QFile::exists(work.fileName()));
+  EXPECT_FALSE(window().hasEntry(QORVA_AdjustAcc::kOpenAccountEntry));
+  EXPECT_EQ(window().documentCount(), 0);
+}
+
+}  // namespace
+}  // namespace adjustacc::desktop::testing
