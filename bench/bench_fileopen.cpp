@@ -134,11 +134,11 @@ Bench& bench() {
       die(schema.error());
     }
     for (int size : kAccountSizes) {
-      host::SyntheticSpec spec;
-      spec.customers = 1;
-      spec.accountsPerCustomer = 1;
-      spec.receivablesPerAccount = size;
-      auto made = host::generateSyntheticData(kRawConnection, spec);
+      host::SyntheticShape shape;
+      shape.customers = 1;
+      shape.accountsPerCustomer = 1;
+      shape.receivablesPerAccount = size;
+      auto made = host::generateSyntheticData(kRawConnection, shape);
       if (!made.ok() || made->size() != 1) {
         die(made.ok() ? QStringLiteral("no synthetic account") : made.error());
       }

@@ -78,7 +78,7 @@ public:
           alert.isEmpty() ? QStringLiteral("N") : QStringLiteral("Y"), alert.isEmpty() ? kNull : QVariant(alert)});
   }
 
-  struct ReceivableSpec {
+  struct ReceivableShape {
     QString type;
     QString number;
     QString customer;
@@ -91,21 +91,21 @@ public:
     int installment = 0;
   };
 
-  qint64 receivable(const ReceivableSpec& spec) {
+  qint64 receivable(const ReceivableShape& shape) {
     const qint64 id = insertId(
         QStringLiteral("INSERT INTO ACCT_RCVBL (ACCT_RCVBL_TYP_CD, ACCT_RCVBL_NBR, ACCT_RCVBL_CK_NBR, REF_TYP_CD, "
                        "REF_NBR, CUST_ID, STP_DT, ACCT_RCVBL_DUE_DT, ACCT_STTS_CD, ACTV_STTS_CD, CASE_ID, INSTLMT_NBR, "
                        "ASSMT_PP_TYP_CD) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) RETURNING ACCT_RCVBL_ID"),
-        {spec.type, spec.number, checkDigitOf(spec.number), spec.refType.isEmpty() ? spec.type : spec.refType,
-         spec.refNumber.isEmpty() ? spec.number : spec.refNumber, spec.customer, day(spec.stopOffset),
-         day(spec.stopOffset + 30), spec.status, spec.activity, spec.caseId.isEmpty() ? kNull : QVariant(spec.caseId),
-         spec.installment > 0 ? QVariant(spec.installment) : kNull,
-         spec.installment > 0 ? QVariant(QStringLiteral("PP")) : kNull});
+        {shape.type, shape.number, checkDigitOf(shape.number), shape.refType.isEmpty() ? shape.type : shape.refType,
+         shape.refNumber.isEmpty() ? shape.number : shape.refNumber, shape.customer, day(shape.stopOffset),
+         day(shape.stopOffset + 30), shape.status, shape.activity, shape.caseId.isEmpty() ? kNull : QVariant(shape.caseId),
+         shape.installment > 0 ? QVariant(shape.installment) : kNull,
+         shape.installment > 0 ? QVariant(QStringLiteral("PP")) : kNull});
     m_receivables.append(id);
     return id;
   }
 
-  struct AssessmentSpec {
+  struct AssessmentShape {
     int sequence;
     QString transaction;
     QString code;
@@ -117,20 +117,20 @@ public:
     int adjustOffset = 0;
   };
 
-  qint64 assessment(qint64 receivableId, const QString& customer, const AssessmentSpec& spec) {
-    const bool penalty = spec.code.startsWith(u'P', Qt::CaseInsensitive);
+  qint64 assessment(qint64 receivableId, const QString& customer, const AssessmentShape& shape) {
+    const bool penalty = shape.code.startsWith(u'P', Qt::CaseInsensitive);
     return insertId(
         QStringLiteral("INSERT INTO VLTN_ASSMT (ACCT_RCVBL_ID, CUST_ID, VLTN_ASSMT_SEQ_NBR, TRNSCTN_NBR, ASSMT_CD, "
                        "ASSMT_TYP_CD, ASSMT_ISSUE_DT, ADJSTMT_DT, CL_ASMT_AMT, AC_ASMT_AMT, BAL_DUE_AMT, "
                        "VLTN_ASSMT_STTS_CD, LIC_PRCHS_OPTN_IND) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) "
                        "RETURNING ASSMT_ID"),
-        {receivableId, customer, spec.sequence, spec.transaction, spec.code,
-         penalty ? QStringLiteral("P") : QStringLiteral("F"), day(spec.issueOffset),
-         spec.removed ? day(spec.adjustOffset) : m_sql.date(QDate()), spec.amount,
-         spec.lpoAmount >= 0 ? spec.lpoAmount : spec.amount,
-         spec.removed ? 0 : (spec.lpo && spec.lpoAmount >= 0 ? spec.lpoAmount : spec.amount),
-         spec.removed ? QStringLiteral("I") : QStringLiteral("A"),
-         spec.lpo ? QVariant(QStringLiteral("Y")) : (spec.code.startsWith(u'F') ? QVariant(QStringLiteral("N")) : kNull)});
+        {receivableId, customer, shape.sequence, shape.transaction, shape.code,
+         penalty ? QStringLiteral("P") : QStringLiteral("F"), day(shape.issueOffset),
+         shape.removed ? day(shape.adjustOffset) : m_sql.date(QDate()), shape.amount,
+         shape.lpoAmount >= 0 ? shape.lpoAmount : shape.amount,
+         shape.removed ? 0 : (shape.lpo && shape.lpoAmount >= 0 ? shape.lpoAmount : shape.amount),
+         shape.removed ? QStringLiteral("I") : QStringLiteral("A"),
+         shape.lpo ? QVariant(QStringLiteral("Y")) : (shape.code.startsWith(u'F') ? QVariant(QStringLiteral("N")) : kNull)});
   }
 
   // The adjustment that removed an assessment, so that its reinstatement can name what it reverses.
@@ -362,8 +362,8 @@ Result<bool> fillDemoData(const Sql& sql, const QDate& today) {
     return reference;
   }
   DemoWriter w(sql, today);
-  using R = DemoWriter::ReceivableSpec;
-  using A = DemoWriter::AssessmentSpec;
+  using R = DemoWriter::ReceivableShape;
+  using A = DemoWriter::AssessmentShape;
 
   // --- customers ----------------------------------------------------------------------------------------------
   const QString smith = QStringLiteral("100001");

@@ -61,12 +61,15 @@ void SectionBuilder::appendRow(messaging::RecordSetWriter& writer, const QSqlQue
       continue;
     }
     const QVariant value = query.value(firstColumn + int(i));
+    if (slot.cell == Cell::Text) {
+      writer.setValue(slot.field, value);  // null stays null
+      continue;
+    }
     if (value.isNull()) {
       continue;  // the row starts all null
     }
     switch (slot.cell) {
       case Cell::Text:
-        writer.setValue(slot.field, value);
         break;
       case Cell::Money:
         writer.setUtf8(slot.field, std::string_view(buffer, size_t(centsToAscii(value.toLongLong(), buffer))));

@@ -50,7 +50,7 @@ private:
 
 }  // namespace
 
-Result<QList<SyntheticAccount>> generateSyntheticData(const QString& connectionName, const SyntheticSpec& spec) {
+Result<QList<SyntheticAccount>> generateSyntheticData(const QString& connectionName, const SyntheticShape& shape) {
   using R = Result<QList<SyntheticAccount>>;
   QSqlDatabase db = QSqlDatabase::database(connectionName, false);
   if (!db.isOpen()) {
@@ -60,7 +60,7 @@ Result<QList<SyntheticAccount>> generateSyntheticData(const QString& connectionN
   if (!dialect) {
     return R::failure(dialect.error());
   }
-  if (spec.customers < 1 || spec.accountsPerCustomer < 1 || spec.receivablesPerAccount < 1) {
+  if (shape.customers < 1 || shape.accountsPerCustomer < 1 || shape.receivablesPerAccount < 1) {
     return R::failure(QStringLiteral("Synthetic data needs at least one customer, account and receivable."));
   }
   const Sql sql(db, dialect.value());
@@ -73,7 +73,7 @@ Result<QList<SyntheticAccount>> generateSyntheticData(const QString& connectionN
     return R::failure(officers.error());
   }
   if (officers.value() == 0) {
-    if (Result<bool> reference = fillReferenceData(sql, spec.today); !reference) {
+    if (Result<bool> reference = fillReferenceData(sql, shape.today); !reference) {
       return R::failure(reference.error());
     }
   }
@@ -91,8 +91,8 @@ Result<QList<SyntheticAccount>> generateSyntheticData(const QString& connectionN
       return R::failure(read->error());
     }
   }
-  const qint64 accounts = qint64(spec.customers) * spec.accountsPerCustomer;
-  const qint64 receivables = accounts * spec.receivablesPerAccount;
+  const qint64 accounts = qint64(shape.customers) * shape.accountsPerCustomer;
+  const qint64 receivables = accounts * shape.receivablesPerAccount;
   if (lastReceivable.value() + receivables > 9999999 || lastPlan.value() + accounts > kFirstPlan + 9999) {
     return R::failure(QStringLiteral("That much synthetic data does not fit the number ranges (%1 receivables, %2 "
                                      "accounts at most per database).")
@@ -122,18 +122,18 @@ Result<QList<SyntheticAccount>> generateSyntheticData(const QString& connectionN
   qint64 nextPlan = lastPlan.value() + 1;
   qint64 nextReceipt = receiptsSoFar.value() + 1;
   qint64 nextTransaction = nextReceivable;
-  const QVariant issued = sql.date(spec.today.addDays(-90));
-  const QVariant stop = sql.date(spec.today.addDays(90));
+  const QVariant issued = sql.date(shape.today.addDays(-90));
+  const QVariant stop = sql.date(shape.today.addDays(90));
   const auto fail = [](const Batch& batch) { return R::failure(batch.error()); };
 
-  for (int c = 0; c < spec.customers; ++c) {
+  for (int c = 0; c < shape.customers; ++c) {
     const QString customerId = QStringLiteral("SYN%1").arg(customersSoFar.value() + c + 1, 6, 10, QLatin1Char('0'));
     if (!customer.run({customerId, QStringLiteral("SYNTHETIC CARRIER %1").arg(customersSoFar.value() + c + 1),
                        QStringLiteral("%1 FREIGHT WAY").arg(c + 1)})) {
       return fail(customer);
     }
-    for (int a = 0; a < spec.accountsPerCustomer; ++a) {
-      SyntheticAccount account{QStringLiteral("P"), QString::number(nextPlan++), spec.receivablesPerAccount, 0};
+    for (int a = 0; a < shape.accountsPerCustomer; ++a) {
+      SyntheticAccount account{QStringLiteral("P"), QString::number(nextPlan++), shape.receivablesPerAccount, 0};
       // Ten receivables to a receipt: the receipt is written with its payments once they are known.
       QString receiptNumber;
       qint64 receiptTotal = 0;
@@ -159,7 +159,7 @@ Result<QList<SyntheticAccount>> generateSyntheticData(const QString& connectionN
         paymentsOnReceipt = 0;
         return true;
       };
-      for (int r = 0; r < spec.receivablesPerAccount; ++r) {
+      for (int r = 0; r < shape.receivablesPerAccount; ++r) {
         const QString number = QString::number(nextReceivable++);
         const std::optional<int> digit = messaging::formCheckDigit(number);
         const qint64 amount = 5000 + (nextReceivable % 97) * 125;

@@ -11,7 +11,7 @@
 
 namespace adjustacc::host {
 
-struct SyntheticSpec {
+struct SyntheticShape {
   int customers = 10;
   int accountsPerCustomer = 2;
   int receivablesPerAccount = 100;
@@ -30,6 +30,6 @@ struct SyntheticAccount {
 // when the database has none). Refuses sizes that would overflow the number ranges it uses (at most
 // 999,999 receivables and 9,999 accounts per database).
 messaging::Result<QList<SyntheticAccount>> generateSyntheticData(const QString& connectionName,
-                                                                 const SyntheticSpec& spec);
+                                                                 const SyntheticShape& shape);
 
 }  // namespace adjustacc::host

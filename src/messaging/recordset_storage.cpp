@@ -9,6 +9,13 @@ namespace adjustacc::messaging::detail {
 
 namespace {
 
+// The next capacity of a growing buffer: doubled while small, so that filling a set of a few thousand rows
+// does not move its columns a dozen times; by half once large, so that a loaded set keeps less slack.
+std::size_t grownCapacity(std::size_t capacity, std::size_t needed, std::size_t largeFrom, std::size_t least) {
+  const std::size_t grown = capacity < largeFrom ? capacity * 2 : capacity + capacity / 2;
+  return std::max({needed, grown, least});
+}
+
 std::size_t prefixLength(std::size_t length) {
   std::size_t n = 1;
   while (length >= 0x80u) {
@@ -42,8 +49,7 @@ std::uint32_t Column::store(std::string_view value) {
     throw std::length_error("record set column exceeds 4 GB of text");
   }
   if (at + need > m_arena.capacity()) {
-    // Grow by half rather than double: a loaded set keeps less slack.
-    m_arena.reserve(std::max(at + need, m_arena.capacity() + m_arena.capacity() / 2 + 64));
+    m_arena.reserve(grownCapacity(m_arena.capacity(), at + need, std::size_t{1} << 20, 64));
   }
   // Appended as it is (no zero fill first): most values are a few bytes.
   m_arena.insert(m_arena.end(), prefix, prefix + prefixBytes);
@@ -72,7 +78,7 @@ void Column::reserveText(std::size_t bytes) {
 
 void Column::append(const std::string_view* value) {
   if (m_cells.size() == m_cells.capacity()) {
-    m_cells.reserve(m_cells.size() + m_cells.size() / 2 + 16);
+    m_cells.reserve(grownCapacity(m_cells.capacity(), m_cells.size() + 1, std::size_t{1} << 16, 16));
   }
   m_cells.push_back(value ? store(*value) : kNullCell);
 }

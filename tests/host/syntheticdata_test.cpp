@@ -12,11 +12,11 @@ using messaging::Reply;
 class Synthetic : public HostTest {};
 
 TEST_P(Synthetic, AccountsHaveTheirReceivablesReceiptsAndConsistentAmounts) {
-  SyntheticSpec spec;
-  spec.customers = 2;
-  spec.accountsPerCustomer = 2;
-  spec.receivablesPerAccount = 25;
-  auto made = generateSyntheticData(m_connection, spec);
+  SyntheticShape shape;
+  shape.customers = 2;
+  shape.accountsPerCustomer = 2;
+  shape.receivablesPerAccount = 25;
+  auto made = generateSyntheticData(m_connection, shape);
   ASSERT_TRUE(made.ok()) << made.error().toStdString();
   ASSERT_EQ(made->size(), 4);
   // Thirteen of 25 receivables are paid, five payments to a receipt.
@@ -41,15 +41,15 @@ TEST_P(Synthetic, AccountsHaveTheirReceivablesReceiptsAndConsistentAmounts) {
             0);
 
   // A second run continues the numbering.
-  auto more = generateSyntheticData(m_connection, spec);
+  auto more = generateSyntheticData(m_connection, shape);
   ASSERT_TRUE(more.ok()) << more.error().toStdString();
   EXPECT_NE(more->first().number, made->first().number);
   EXPECT_EQ(count(QStringLiteral("SELECT COUNT(*) FROM ACCT_RCVBL WHERE CUST_ID LIKE 'SYN%'")), 200);
 
-  spec.receivablesPerAccount = 0;
-  EXPECT_FALSE(generateSyntheticData(m_connection, spec).ok());
-  spec.receivablesPerAccount = 1000000;
-  EXPECT_FALSE(generateSyntheticData(m_connection, spec).ok());
+  shape.receivablesPerAccount = 0;
+  EXPECT_FALSE(generateSyntheticData(m_connection, shape).ok());
+  shape.receivablesPerAccount = 1000000;
+  EXPECT_FALSE(generateSyntheticData(m_connection, shape).ok());
 }
 
 INSTANTIATE_TEST_SUITE_P(Databases, Synthetic, ::testing::Values(Backend::Sqlite, Backend::Postgres), backendName);
