@@ -295,10 +295,15 @@ public:
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
       if (run.run_type == Run::RT_Iteration && !run.error_occurred && run.iterations > 0) {
-        std::string name = run.benchmark_name();
-        const std::string realTime = "/real_time";
-        if (name.size() > realTime.size() && name.compare(name.size() - realTime.size(), realTime.size(), realTime) == 0) {
-          name.resize(name.size() - realTime.size());
+        // "host_inquiry/embedded/1000/min_time:0.200/repeats:5/real_time" -> "host_inquiry/embedded/1000"
+        std::string name;
+        for (const QByteArray& part : QByteArray::fromStdString(run.benchmark_name()).split('/')) {
+          if (!part.contains(':') && part != "real_time") {
+            if (!name.empty()) {
+              name += '/';
+            }
+            name.append(part.constData(), static_cast<std::size_t>(part.size()));
+          }
         }
         const double perIteration = run.real_accumulated_time / static_cast<double>(run.iterations);
         const auto known = seconds.find(name);
@@ -718,43 +723,6 @@ Throughput daemonThroughput() {
     const double perRequest = (cpu.seconds() - start) * 1e6 / requests;
     least = least > 0 ? std::min(least, perRequest) : perRequest;
   };
-  if (qEnvironmentVariableIsSet("G_PROFILE_SERVICE")) {
-    const auto threads = [] {
-      std::map<std::string, double> m;
-      for (const QString& t : QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        QFile f(QStringLiteral("/proc/self/task/%1/stat").arg(t));
-        if (!f.open(QIODevice::ReadOnly)) continue;
-        const QByteArray text = f.readAll();
-        const qsizetype open = text.indexOf('('), close = text.lastIndexOf(')');
-        const std::string name = text.mid(open + 1, close - open - 1).toStdString();
-        const QList<QByteArray> parts = text.mid(close + 2).split(' ');
-        m[name] += (parts[11].toDouble() + parts[12].toDouble()) / sysconf(_SC_CLK_TCK);
-      }
-      return m;
-    };
-    const CpuClock c(admin);
-    for (int i = 0; i < 3; ++i) {
-      timespec a{}, b{}, ta{}, tb{};
-      clock_gettime(CLOCK_THREAD_CPUTIME_ID, &ta);
-      clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &a);
-      const double all0 = c.seconds();
-      int n = 0;
-      double rate = 0;
-      const auto before = threads();
-      if (qEnvironmentVariableIsSet("G_DIRECT")) rate = directThroughput(options, kMaxRequests, &n);
-      else rate = loadClientThroughput(port, token, officer, kMaxRequests, &error, &n);
-      clock_gettime(CLOCK_THREAD_CPUTIME_ID, &tb);
-      QThread::msleep(200);
-      clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &b);
-      const double all1 = c.seconds();
-      const double own = (b.tv_sec - a.tv_sec) + (b.tv_nsec - a.tv_nsec) / 1e9;
-      const auto after = threads();
-      for (const auto& [name, secs] : after) std::printf("  %s %.0f us/req\n", name.c_str(), (secs - before.at(name)) * 1e6 / std::max(n, 1));
-      const double mainThread = (tb.tv_sec - ta.tv_sec) + (tb.tv_nsec - ta.tv_nsec) / 1e9;
-      std::printf("rate %.0f n %d own %.0f us/req (main thread %.0f), server %.0f us/req\n", rate, n, own * 1e6 / n, mainThread * 1e6 / n, ((all1 - all0) - own) * 1e6 / n);
-    }
-    std::exit(0);
-  }
   for (int round = 0; round < kRounds && error.isEmpty(); ++round) {
     int answered = 0;
     double start = cpu.seconds();

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstring>
 #include <vector>
 
 namespace adjustacc::messaging {
@@ -704,7 +705,43 @@ bool readDocument(JsonReader& reader, ReadFn&& read) {
 // ------------------------------------------------------------------------------------------------------------
 // Writing.
 
-void appendUtf8String(QByteArray& out, std::string_view utf8) {
+// The text of a document as it is written: bytes go straight into one buffer, which grows by doubling.
+class JsonWriter {
+public:
+  explicit JsonWriter(qsizetype capacity) : m_text(std::max<qsizetype>(capacity, 64), Qt::Uninitialized) {
+    m_data = m_text.data();
+  }
+  void append(char c) {
+    if (m_size == m_text.size())
+      grow(1);
+    m_data[m_size++] = c;
+  }
+  void append(const char* text, qsizetype length) {
+    if (m_size + length > m_text.size())
+      grow(length);
+    if (length > 0)
+      std::memcpy(m_data + m_size, text, static_cast<std::size_t>(length));
+    m_size += length;
+  }
+  void append(const char* text) { append(text, qstrlen(text)); }
+  void append(const QByteArray& text) { append(text.constData(), text.size()); }
+  QByteArray take() {
+    m_text.truncate(m_size);
+    return std::move(m_text);
+  }
+
+private:
+  void grow(qsizetype more) {
+    m_text.resize(std::max(m_text.size() * 2, m_size + more));
+    m_data = m_text.data();
+  }
+
+  QByteArray m_text;
+  char* m_data = nullptr;
+  qsizetype m_size = 0;
+};
+
+void appendUtf8String(JsonWriter& out, std::string_view utf8) {
   out.append('"');
   const char* p = utf8.data();
   const char* end = p + utf8.size();
@@ -734,19 +771,19 @@ void appendUtf8String(QByteArray& out, std::string_view utf8) {
   out.append('"');
 }
 
-void appendString(QByteArray& out, const QString& text) {
+void appendString(JsonWriter& out, const QString& text) {
   const QByteArray utf8 = text.toUtf8();
   appendUtf8String(out, std::string_view(utf8.constData(), static_cast<std::size_t>(utf8.size())));
 }
 
-void appendValue(QByteArray& out, const QVariant& value) {
+void appendValue(JsonWriter& out, const QVariant& value) {
   if (value.isNull())
     out.append("null");
   else
     appendString(out, value.toString());
 }
 
-void appendMember(QByteArray& out, const char* name) {
+void appendMember(JsonWriter& out, const char* name) {
   out.append('"');
   out.append(name);
   out.append("\":");
@@ -755,8 +792,7 @@ void appendMember(QByteArray& out, const char* name) {
 }  // namespace
 
 QByteArray encodeRequest(const Request& request) {
-  QByteArray out;
-  out.reserve(512);
+  JsonWriter out(512);
   out.append('{');
   appendMember(out, "replyTo");
   appendString(out, request.replyTo);
@@ -819,7 +855,7 @@ QByteArray encodeRequest(const Request& request) {
     out.append(']');
   }
   out.append("}}");
-  return out;
+  return out.take();
 }
 
 Result<Request> decodeRequest(QByteArrayView json) {
@@ -837,14 +873,13 @@ Result<Request> decodeRequest(QByteArrayView json) {
 }
 
 QByteArray encodeReply(const Reply& reply) {
-  QByteArray out;
   // Room for what most replies take (short codes, numbers and dates), so that the text is seldom moved.
   qsizetype estimate = 256 + reply.error.size();
   for (auto it = reply.sections.cbegin(); it != reply.sections.cend(); ++it) {
     const RecordSet& set = it.value();
     estimate += 64 + 24 * set.fieldCount() + (set.isOpen() ? qsizetype(set.recordCount()) * set.fieldCount() * 10 : 0);
   }
-  out.reserve(std::min(estimate, limits::kMaxReplyBytes));
+  JsonWriter out(std::min(estimate, limits::kMaxReplyBytes));
   out.append('{');
   appendMember(out, "replyTo");
   appendString(out, reply.replyTo);
@@ -895,7 +930,7 @@ QByteArray encodeReply(const Reply& reply) {
     out.append("]}");
   }
   out.append("}}");
-  return out;
+  return out.take();
 }
 
 Reply decodeReply(QByteArrayView json, const QString& replyTo, const QString& requestId) {

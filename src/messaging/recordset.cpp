@@ -283,37 +283,13 @@ Bookmark RecordSet::addNew(const QList<QVariant>& values) {
   return writer.append("RecordSet::addNew");
 }
 
-Bookmark RecordSet::appendUtf8Row(const std::string_view* const* cells, const char* caller) {
-  if (!d->open) {
-    qWarning("%s: the record set is closed", caller);
-    return kNoBookmark;
-  }
-  if (d->rows >= static_cast<std::uint32_t>(INT_MAX)) {
-    qWarning("%s: the record set is full", caller);
-    return kNoBookmark;
-  }
-  const auto count = static_cast<std::size_t>(fieldCount());
-  // Every value is checked before any is stored, so that a row is never left half written.
-  for (std::size_t f = 0; f < count; ++f) {
-    if (cells[f] && !d->columns[f].canStore(cells[f]->size())) {
-      qWarning("%s: field %d holds too much text for another row", caller, static_cast<int>(f));
-      return kNoBookmark;
-    }
-  }
-  detach();
-  const auto row = d->rows;
-  for (std::size_t f = 0; f < count; ++f) {
-    d->columns[f].append(cells[f]);
-  }
-  ++d->rows;
-  d->invalidateKeys(-1);
+void RecordSet::rowAdded(std::uint32_t row) {
   View& w = mutableView();
   if (!w.identity) {
     w.rows.push_back(row);
   }
   w.pos = recordCount() - 1;
   w.changed();
-  return static_cast<Bookmark>(row);
 }
 
 bool RecordSet::update(int field, const QVariant& value) {
@@ -522,50 +498,105 @@ std::size_t RecordSet::storageBytes() const {
 // --- the writer ---------------------------------------------------------------------------------------------------
 
 RecordSetWriter::RecordSetWriter(RecordSet& set)
-    : m_set(set), m_bytes(256), m_cells(static_cast<std::size_t>(set.fieldCount())) {}
+    : m_set(set),
+      m_offsets(static_cast<std::size_t>(set.fieldCount()), detail::kNullCell),
+      m_textStart(static_cast<std::size_t>(set.fieldCount()), 0) {}
+
+RecordSetWriter::~RecordSetWriter() {
+  // A row left half gathered takes its text back out.
+  if (m_state != RowState::Empty) {
+    resetRow(true);
+  }
+}
 
 void RecordSetWriter::warnField(int field) const {
   qWarning("RecordSetWriter: no field %d (%d fields); the value is dropped", field, fieldCount());
 }
 
-char* RecordSetWriter::reserveBytes(std::size_t bytes) {
-  if (m_used + bytes > m_bytes.size()) {
-    m_bytes.resize(std::max(m_used + bytes, m_bytes.size() * 2));
+void RecordSetWriter::refuse(const char* reason, int field) {
+  if (m_state != RowState::Refused) {
+    m_state = RowState::Refused;
+    m_refusal = reason;
+    m_refusedField = field;
   }
-  return m_bytes.data() + m_used;
 }
 
-void RecordSetWriter::putUtf8(int field, const char* text, std::size_t length) {
-  char* out = reserveBytes(length);
-  if (length > 0) {
-    std::memcpy(out, text, length);
+bool RecordSetWriter::startRow() {
+  m_state = RowState::Open;
+  RecordSet& set = m_set;
+  if (!set.d->open) {
+    refuse("the record set is closed");
+    return false;
   }
-  m_cells[static_cast<std::size_t>(field)] = {m_used, length, true};
-  m_used += length;
+  if (set.d->rows >= static_cast<std::uint32_t>(INT_MAX)) {
+    refuse("the record set is full");
+    return false;
+  }
+  if (set.fieldCount() != fieldCount()) {
+    refuse("the record set's layout changed while rows were added");
+    return false;
+  }
+  set.detach();
+  m_data = set.d.get();
+  for (std::size_t f = 0; f < m_offsets.size(); ++f) {
+    m_textStart[f] = set.d->columns[f].textSize();
+  }
+  return true;
+}
+
+bool RecordSetWriter::rowStorageIntact() const { return m_set.d.get() == m_data && m_set.d.use_count() == 1; }
+
+void RecordSetWriter::store(int field, std::string_view utf8) {
+  if (m_state == RowState::Empty && !startRow()) {
+    return;
+  }
+  if (m_state == RowState::Refused) {
+    return;
+  }
+  if (!rowStorageIntact()) {
+    refuse("the record set was copied or replaced while a row was gathered");
+    return;
+  }
+  detail::Column& column = m_set.d->columns[static_cast<std::size_t>(field)];
+  if (!column.canStore(utf8.size())) {
+    refuse("a field holds too much text for another row", field);
+    return;
+  }
+  std::uint32_t& offset = m_offsets[static_cast<std::size_t>(field)];
+  if (offset != detail::kNullCell) {
+    column.forgetText(offset);
+  }
+  offset = column.storeText(utf8);
+}
+
+void RecordSetWriter::forget(int field) {
+  std::uint32_t& offset = m_offsets[static_cast<std::size_t>(field)];
+  if (offset != detail::kNullCell) {
+    if (rowStorageIntact()) {
+      m_set.d->columns[static_cast<std::size_t>(field)].forgetText(offset);
+    }
+    offset = detail::kNullCell;
+  }
 }
 
 void RecordSetWriter::putText(int field, QStringView text) {
-  const auto length = static_cast<std::size_t>(text.size());
   // Host text is nearly all ASCII: copied unit by unit. Anything else goes through Qt's own conversion,
   // so that the bytes are exactly those addNew would store.
-  char* out = reserveBytes(length);
-  const char16_t* in = text.utf16();
-  std::size_t i = 0;
-  for (; i < length; ++i) {
-    const char16_t unit = in[i];
-    if (unit >= 0x80) {
-      break;
+  constexpr qsizetype kShort = 128;
+  if (text.size() <= kShort) {
+    char buffer[kShort];
+    const char16_t* in = text.utf16();
+    qsizetype i = 0;
+    for (; i < text.size() && in[i] < 0x80; ++i) {
+      buffer[i] = static_cast<char>(in[i]);
     }
-    out[i] = static_cast<char>(unit);
+    if (i == text.size()) {
+      store(field, std::string_view(buffer, static_cast<std::size_t>(i)));
+      return;
+    }
   }
-  if (i < length) {
-    const QByteArray rest = text.sliced(static_cast<qsizetype>(i)).toUtf8();
-    out = reserveBytes(i + static_cast<std::size_t>(rest.size()));
-    std::memcpy(out + i, rest.constData(), static_cast<std::size_t>(rest.size()));
-    i += static_cast<std::size_t>(rest.size());
-  }
-  m_cells[static_cast<std::size_t>(field)] = {m_used, i, true};
-  m_used += i;
+  const QByteArray utf8 = text.toUtf8();
+  store(field, std::string_view(utf8.constData(), static_cast<std::size_t>(utf8.size())));
 }
 
 void RecordSetWriter::putNumber(int field, qint64 value) {
@@ -580,12 +611,12 @@ void RecordSetWriter::putNumber(int field, qint64 value) {
   if (value < 0) {
     *--p = '-';
   }
-  putUtf8(field, p, static_cast<std::size_t>(end - p));
+  store(field, std::string_view(p, static_cast<std::size_t>(end - p)));
 }
 
 void RecordSetWriter::setNull(int field) {
   if (checkField(field)) {
-    m_cells[static_cast<std::size_t>(field)].set = false;
+    forget(field);
   }
 }
 
@@ -597,7 +628,7 @@ void RecordSetWriter::setText(int field, QStringView text) {
 
 void RecordSetWriter::setUtf8(int field, std::string_view text) {
   if (checkField(field)) {
-    putUtf8(field, text.data(), text.size());
+    store(field, text);
   }
 }
 
@@ -612,7 +643,7 @@ void RecordSetWriter::setValue(int field, const QVariant& value) {
     return;
   }
   if (value.isNull()) {
-    m_cells[static_cast<std::size_t>(field)].set = false;
+    forget(field);
     return;
   }
   switch (value.typeId()) {
@@ -631,47 +662,48 @@ void RecordSetWriter::setValue(int field, const QVariant& value) {
   }
 }
 
-void RecordSetWriter::clearRow() {
-  m_used = 0;
-  for (Cell& cell : m_cells) {
-    cell.set = false;
+void RecordSetWriter::resetRow(bool cutText) {
+  if (cutText && m_state != RowState::Empty && m_data && rowStorageIntact()) {
+    for (std::size_t f = 0; f < m_offsets.size(); ++f) {
+      m_set.d->columns[f].cutText(m_textStart[f]);
+    }
   }
+  std::fill(m_offsets.begin(), m_offsets.end(), detail::kNullCell);
+  m_state = RowState::Empty;
+  m_data = nullptr;
+  m_refusal = nullptr;
+  m_refusedField = -1;
 }
+
+void RecordSetWriter::clearRow() { resetRow(true); }
 
 Bookmark RecordSetWriter::appendRow() { return append("RecordSetWriter::appendRow"); }
 
 Bookmark RecordSetWriter::append(const char* caller) {
-  // Views are made only now: the row's text may have moved while it grew.
-  constexpr std::size_t kInline = 32;
-  std::string_view inlineViews[kInline];
-  const std::string_view* inlinePointers[kInline];
-  std::vector<std::string_view> heapViews;
-  std::vector<const std::string_view*> heapPointers;
-  std::string_view* views = inlineViews;
-  const std::string_view** pointers = inlinePointers;
-  if (m_cells.size() > kInline) {
-    heapViews.resize(m_cells.size());
-    heapPointers.resize(m_cells.size());
-    views = heapViews.data();
-    pointers = heapPointers.data();
+  if (m_state == RowState::Empty) {
+    startRow();  // a row of nulls
   }
-  for (std::size_t f = 0; f < m_cells.size(); ++f) {
-    const Cell& cell = m_cells[f];
-    if (cell.set) {
-      views[f] = std::string_view(m_bytes.data() + cell.offset, cell.length);
-      pointers[f] = &views[f];
+  if (m_state == RowState::Open && !rowStorageIntact()) {
+    refuse("the record set was copied or replaced while a row was gathered");
+  }
+  if (m_state == RowState::Refused) {
+    if (m_refusedField >= 0) {
+      qWarning("%s: field %d holds too much text for another row", caller, m_refusedField);
     } else {
-      pointers[f] = nullptr;
+      qWarning("%s: %s", caller, m_refusal);
     }
-  }
-  if (m_set.fieldCount() != fieldCount()) {
-    qWarning("%s: the record set's layout changed while a row was gathered", caller);
-    clearRow();
+    resetRow(true);
     return kNoBookmark;
   }
-  const Bookmark added = m_set.appendUtf8Row(pointers, caller);
-  clearRow();
-  return added;
+  detail::Data& data = *m_set.d;
+  for (std::size_t f = 0; f < m_offsets.size(); ++f) {
+    data.columns[f].addCell(m_offsets[f]);
+  }
+  const std::uint32_t row = data.rows++;
+  data.invalidateKeys(-1);
+  m_set.rowAdded(row);
+  resetRow(false);
+  return static_cast<Bookmark>(row);
 }
 
 }  // namespace adjustacc::messaging

@@ -140,9 +140,8 @@ public:
 
 private:
   friend class RecordSetWriter;
-  // Appends one row of UTF-8 cells (fieldCount() of them, nullptr for null) as addNew does; `caller` names
-  // the function in warnings.
-  Bookmark appendUtf8Row(const std::string_view* const* cells, const char* caller);
+  // The view's part of adding a physical row: at the end of the view, current.
+  void rowAdded(std::uint32_t row);
 
   std::shared_ptr<detail::Data> d;  // shared row storage, copied before the first write
   struct View;
@@ -167,15 +166,18 @@ using RecordSetPtr = std::shared_ptr<RecordSet>;
 //   writer.appendRow();        // the row as addNew would add it; the writer is ready for the next one
 //
 // Values not set in a row are null. A value set twice keeps the last. Rows end up exactly as addNew of the
-// same values stores them (a null QVariant as null, anything else as its text). The writer holds the set by
-// reference: use the set for nothing else while a row is half gathered.
+// same values stores them (a null QVariant as null, anything else as its text). Each value's text goes into
+// the set's storage as it is set, and the row becomes visible with appendRow(); clearRow() or a row that can
+// not be added takes the text back out. The writer holds the set by reference: use the set for nothing else
+// while a row is half gathered (a row whose set was copied or replaced meanwhile is refused).
 class RecordSetWriter {
 public:
   explicit RecordSetWriter(RecordSet& set);
+  ~RecordSetWriter();
   RecordSetWriter(const RecordSetWriter&) = delete;
   RecordSetWriter& operator=(const RecordSetWriter&) = delete;
 
-  int fieldCount() const { return static_cast<int>(m_cells.size()); }
+  int fieldCount() const { return static_cast<int>(m_offsets.size()); }
 
   // A field out of range is a programming error: it is logged and the value dropped.
   void setNull(int field);
@@ -197,11 +199,6 @@ private:
   friend class RecordSet;
   Bookmark append(const char* caller);
 
-  struct Cell {
-    std::size_t offset = 0;
-    std::size_t length = 0;
-    bool set = false;
-  };
   bool checkField(int field) const {
     if (field >= 0 && field < fieldCount()) {
       return true;
@@ -210,16 +207,25 @@ private:
     return false;
   }
   void warnField(int field) const;
-  // Room for `bytes` more bytes of the row's text; returns where they go.
-  char* reserveBytes(std::size_t bytes);
+  // Gets the storage ready for a row (once per row); false when the row can not be added.
+  bool startRow();
+  bool rowStorageIntact() const;
+  void refuse(const char* reason, int field = -1);
+  void store(int field, std::string_view utf8);
   void putText(int field, QStringView text);
-  void putUtf8(int field, const char* text, std::size_t length);
   void putNumber(int field, qint64 value);
+  void forget(int field);
+  // Takes the text of the row back out of the storage and starts the next row empty.
+  void resetRow(bool cutText);
 
+  enum class RowState { Empty, Open, Refused };
   RecordSet& m_set;
-  std::vector<char> m_bytes;  // the row's text, cell after cell (only the first m_used bytes are in use)
-  std::size_t m_used = 0;
-  std::vector<Cell> m_cells;
+  RowState m_state = RowState::Empty;
+  const detail::Data* m_data = nullptr;  // the storage the row's text went into
+  const char* m_refusal = nullptr;       // why the row can not be added
+  int m_refusedField = -1;
+  std::vector<std::uint32_t> m_offsets;     // per field: where the row's text is, or none (null)
+  std::vector<std::size_t> m_textStart;     // per field: how much text the column held when the row began
 };
 
 }  // namespace adjustacc::messaging

@@ -51,9 +51,18 @@ std::uint32_t Column::store(std::string_view value) {
   if (at + need > m_arena.capacity()) {
     m_arena.reserve(grownCapacity(m_arena.capacity(), at + need, std::size_t{1} << 20, 64));
   }
-  // Appended as it is (no zero fill first): most values are a few bytes.
-  m_arena.insert(m_arena.end(), prefix, prefix + prefixBytes);
-  m_arena.insert(m_arena.end(), value.begin(), value.end());
+  // Appended as it is (no zero fill first); most values are a few bytes and go in with their prefix at once.
+  if (need <= 64) {
+    char run[64];
+    std::memcpy(run, prefix, prefixBytes);
+    if (!value.empty()) {
+      std::memcpy(run + prefixBytes, value.data(), value.size());
+    }
+    m_arena.insert(m_arena.end(), run, run + need);
+  } else {
+    m_arena.insert(m_arena.end(), prefix, prefix + prefixBytes);
+    m_arena.insert(m_arena.end(), value.begin(), value.end());
+  }
   return static_cast<std::uint32_t>(at);
 }
 
@@ -76,11 +85,18 @@ void Column::reserveText(std::size_t bytes) {
   }
 }
 
-void Column::append(const std::string_view* value) {
+void Column::addCell(std::uint32_t offset) {
   if (m_cells.size() == m_cells.capacity()) {
     m_cells.reserve(grownCapacity(m_cells.capacity(), m_cells.size() + 1, std::size_t{1} << 16, 16));
   }
-  m_cells.push_back(value ? store(*value) : kNullCell);
+  m_cells.push_back(offset);
+}
+
+void Column::append(const std::string_view* value) { addCell(value ? store(*value) : kNullCell); }
+
+void Column::forgetText(std::uint32_t offset) {
+  const std::string_view text = textAt(offset);
+  m_garbage += prefixLength(text.size()) + text.size();
 }
 
 void Column::set(std::uint32_t row, const std::string_view* value) {

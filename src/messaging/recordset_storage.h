@@ -13,6 +13,7 @@
 
 #include "recordset.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <cstring>
@@ -59,6 +60,17 @@ public:
   bool canStore(std::size_t length) const;
   void append(const std::string_view* value);  // nullptr appends a null
   void set(std::uint32_t row, const std::string_view* value);
+
+  // Filling a row value by value (RecordSetWriter): a value's text is stored first, its cell added once the
+  // whole row is there; the text of a row given up is cut off again.
+  std::size_t textSize() const { return m_arena.size(); }
+  std::uint32_t storeText(std::string_view value) { return store(value); }  // callers check canStore first
+  void addCell(std::uint32_t offset);  // kNullCell for null
+  void cutText(std::size_t size) {
+    m_arena.resize(size);
+    m_garbage = std::min(m_garbage, size);  // text forgotten and then cut is not garbage any more
+  }
+  void forgetText(std::uint32_t offset);  // text stored and then not used: garbage
 
   std::size_t bytes() const { return m_cells.capacity() * sizeof(std::uint32_t) + m_arena.capacity(); }
   std::size_t textBytes() const;  // live value bytes, without prefixes and garbage
