@@ -209,26 +209,30 @@ const QVariant* Grid::overlayValue(const Overlay& overlay, int column) {
 }
 
 const Grid::Overlay* Grid::LoadedRows::find(Bookmark id) const {
-  if (id == m_lastId && m_last != nullptr) {
-    return m_last;
-  }
-  const auto found = m_rows.constFind(id);
-  if (found == m_rows.constEnd()) {
-    return nullptr;
-  }
-  m_lastId = id;
-  m_last = &found.value();
-  return m_last;
+  return holds(id) ? &m_rows[static_cast<std::size_t>(id)] : nullptr;
 }
 
 void Grid::LoadedRows::insertEmpty(Bookmark id) {
-  m_last = nullptr;
-  m_rows.insert(id, Overlay());
+  if (id < 0) {
+    return;
+  }
+  const auto at = static_cast<std::size_t>(id);
+  if (at >= m_rows.size()) {
+    m_rows.resize(at + 1);
+    m_loaded.resize(at + 1, false);
+  }
+  m_rows[at].clear();
+  m_loaded[at] = true;
 }
 
 void Grid::LoadedRows::set(Bookmark id, int column, const QVariant& value) {
-  m_last = nullptr;
-  Overlay& overlay = m_rows[id];
+  if (!holds(id)) {
+    insertEmpty(id);
+    if (!holds(id)) {
+      return;
+    }
+  }
+  Overlay& overlay = m_rows[static_cast<std::size_t>(id)];
   for (auto& [at, held] : overlay) {
     if (at == column) {
       held = value;
@@ -239,13 +243,16 @@ void Grid::LoadedRows::set(Bookmark id, int column, const QVariant& value) {
 }
 
 void Grid::LoadedRows::remove(Bookmark id) {
-  m_last = nullptr;
-  m_rows.remove(id);
+  if (holds(id)) {
+    const auto at = static_cast<std::size_t>(id);
+    m_rows[at] = Overlay();
+    m_loaded[at] = false;
+  }
 }
 
 void Grid::LoadedRows::clear() {
-  m_last = nullptr;
   m_rows.clear();
+  m_loaded.clear();
 }
 
 // ===== Grid: set-up ================================================================================

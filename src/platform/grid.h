@@ -319,6 +319,7 @@ private:
   static const QVariant* overlayValue(const Overlay& overlay, int column);
   // RowLoaded results per row. A walk reads several cells of one row after another, so the last row
   // found is remembered; every change forgets it.
+  // Bookmarks are the record set's row numbers (dense from 0), so the loaded rows are kept by position.
   class LoadedRows {
   public:
     const Overlay* find(Bookmark id) const;
@@ -328,9 +329,11 @@ private:
     void clear();
 
   private:
-    QHash<Bookmark, Overlay> m_rows;
-    mutable Bookmark m_lastId = messaging::kNoBookmark;
-    mutable const Overlay* m_last = nullptr;
+    bool holds(Bookmark id) const {
+      return id >= 0 && static_cast<std::size_t>(id) < m_loaded.size() && m_loaded[static_cast<std::size_t>(id)];
+    }
+    std::vector<Overlay> m_rows;
+    std::vector<bool> m_loaded;
   };
 
   // Context row of column reads and writes: the row being loaded, or the current row.
