@@ -5,6 +5,8 @@
 //
 // The anchor, in the same run on the same file: the host's own statements for the same rows, run raw through
 // QSqlQuery reading every value. The ratio lines come last: ours over the anchor.
+#include "benchsupport.h"
+
 #include "document/adjustacc.h"
 #include "host/embeddedlink.h"
 #include "host/hostsystem.h"
@@ -51,29 +53,12 @@ using namespace adjustacc;
 
 namespace {
 
-const std::vector<int> kAccountSizes = {10, 1000, 50000};
+using benchsupport::die;
+using benchsupport::kAccountSizes;
+using benchsupport::kReceiptsSql;
+using benchsupport::kReceivablesSql;
+
 const QString kRawConnection = QStringLiteral("bench-fileopen-raw");
-
-// The account inquiry's statements for an account filed under a reference (the host's own text).
-const QString kReceivablesSql = QStringLiteral(
-    "SELECT c.CUST_NM, a.ACCT_RCVBL_NBR, a.ACCT_RCVBL_CK_NBR, a.STP_DT, a.ORIG_ASSMT_AMT, a.LTE_FEE_AMT, "
-    "a.ACRD_INTRST_AMT, a.ACCT_RCVBL_DUE_AMT, a.ACCT_RCVBL_BAL_AMT, a.ACCT_STTS_CD, a.ACCT_RCVBL_TYP_CD, "
-    "a.ACTV_STTS_CD, a.CASE_ID, a.CUST_ID, a.ROW_VRSN_NBR "
-    "FROM ACCT_RCVBL a JOIN CUSTOMER c ON c.CUST_ID = a.CUST_ID "
-    "WHERE (a.REF_TYP_CD = ? AND a.REF_NBR = ?) OR (a.ACCT_RCVBL_TYP_CD = ? AND a.ACCT_RCVBL_NBR = ?) "
-    "ORDER BY a.CUST_ID, a.ACCT_RCVBL_NBR");
-const QString kReceiptsSql = QStringLiteral(
-    "SELECT r.RCPT_DT, r.RCPT_NBR, r.RCPT_STTS_CD, r.TOT_PYMT_AMT, "
-    "(SELECT SUM(o.OVR_PYMT_AMT) FROM OVR_PYMT o WHERE o.RCPT_NBR = r.RCPT_NBR), "
-    "r.CUST_ID, r.CNFRMTN_NBR, r.ROW_VRSN_NBR FROM RCPT r "
-    "WHERE r.RCPT_NBR IN (SELECT p.RCPT_NBR FROM PYMT p JOIN ACCT_RCVBL a ON a.ACCT_RCVBL_ID = p.ACCT_RCVBL_ID "
-    "WHERE (a.REF_TYP_CD = ? AND a.REF_NBR = ?) OR (a.ACCT_RCVBL_TYP_CD = ? AND a.ACCT_RCVBL_NBR = ?)) "
-    "ORDER BY r.RCPT_NBR");
-
-[[noreturn]] void die(const QString& text) {
-  std::fprintf(stderr, "bench_fileopen: %s\n", qPrintable(text));
-  std::exit(1);
-}
 
 class NoPrinting : public platform::PrintComponentFactory {
 public:
@@ -127,12 +112,7 @@ Bench& bench() {
     auto* s = new Bench;
     host::DatabaseOptions options;
     options.databaseName = s->dir.filePath(QStringLiteral("adjustacc.sqlite"));
-    if (auto opened = host::openDatabase(options, kRawConnection); !opened.ok()) {
-      die(opened.error());
-    }
-    if (auto schema = host::createSchema(kRawConnection); !schema.ok()) {
-      die(schema.error());
-    }
+    benchsupport::openHostDatabase(options, kRawConnection);
     for (int size : kAccountSizes) {
       host::SyntheticShape shape;
       shape.customers = 1;
@@ -144,10 +124,7 @@ Bench& bench() {
       }
       s->accounts[size] = made->first();
     }
-    host::EmbeddedLinkOptions linkOptions;
-    linkOptions.dataFolder = s->dir.path();
-    linkOptions.officerId = s->user.officerId();
-    s->link = std::make_unique<host::EmbeddedLink>(linkOptions);
+    s->link = benchsupport::embeddedLink(s->dir.path(), s->user.officerId());
     s->codes = std::make_unique<platform::SqlCodeLookup>(kRawConnection, s->user);
     s->codeTables = std::make_unique<platform::SqlCodeTableSource>(kRawConnection, s->clock);
     s->keyFilters = std::make_unique<platform::KeyFilters>(*s->codes);

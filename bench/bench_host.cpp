@@ -6,6 +6,8 @@
 //    each with one inquiry in flight; the desktop's remote link is measured too, for information) against the
 //    same statements sent straight to PostgreSQL by four threads.
 // The ratio lines come last: ours over the anchor.
+#include "benchsupport.h"
+
 #include "host/embeddedlink.h"
 #include "host/hostsystem.h"
 #include "host/httpservice.h"
@@ -52,32 +54,14 @@ using messaging::Request;
 
 namespace {
 
-const std::vector<int> kAccountSizes = {10, 1000, 50000};
-
-// The account inquiry's own statements (receivables of the account, then its receipts), read raw.
-const QString kReceivablesSql = QStringLiteral(
-    "SELECT c.CUST_NM, a.ACCT_RCVBL_NBR, a.ACCT_RCVBL_CK_NBR, a.STP_DT, a.ORIG_ASSMT_AMT, a.LTE_FEE_AMT, "
-    "a.ACRD_INTRST_AMT, a.ACCT_RCVBL_DUE_AMT, a.ACCT_RCVBL_BAL_AMT, a.ACCT_STTS_CD, a.ACCT_RCVBL_TYP_CD, "
-    "a.ACTV_STTS_CD, a.CASE_ID, a.CUST_ID, a.ROW_VRSN_NBR "
-    "FROM ACCT_RCVBL a JOIN CUSTOMER c ON c.CUST_ID = a.CUST_ID "
-    "WHERE (a.REF_TYP_CD = ? AND a.REF_NBR = ?) OR (a.ACCT_RCVBL_TYP_CD = ? AND a.ACCT_RCVBL_NBR = ?) "
-    "ORDER BY a.CUST_ID, a.ACCT_RCVBL_NBR");
-const QString kReceiptsSql = QStringLiteral(
-    "SELECT r.RCPT_DT, r.RCPT_NBR, r.RCPT_STTS_CD, r.TOT_PYMT_AMT, "
-    "(SELECT SUM(o.OVR_PYMT_AMT) FROM OVR_PYMT o WHERE o.RCPT_NBR = r.RCPT_NBR), "
-    "r.CUST_ID, r.CNFRMTN_NBR, r.ROW_VRSN_NBR FROM RCPT r "
-    "WHERE r.RCPT_NBR IN (SELECT p.RCPT_NBR FROM PYMT p JOIN ACCT_RCVBL a ON a.ACCT_RCVBL_ID = p.ACCT_RCVBL_ID "
-    "WHERE (a.REF_TYP_CD = ? AND a.REF_NBR = ?) OR (a.ACCT_RCVBL_TYP_CD = ? AND a.ACCT_RCVBL_NBR = ?)) "
-    "ORDER BY r.RCPT_NBR");
+using benchsupport::die;
+using benchsupport::kAccountSizes;
+using benchsupport::kReceiptsSql;
+using benchsupport::kReceivablesSql;
 
 // Payment-plan accounts of the benchmark: reference type and number per size.
 const QString kPlanType = QStringLiteral("PP");
 QString planNumber(int size) { return QString::number(8000000 + size); }
-
-[[noreturn]] void die(const QString& text) {
-  std::fprintf(stderr, "bench_host: %s\n", qPrintable(text));
-  std::exit(1);
-}
 
 // Adds one payment-plan account per size, its receivables filed under the plan's reference.
 void addBenchmarkAccounts(const QString& connection, const std::vector<int>& sizes) {
@@ -198,21 +182,13 @@ EmbeddedBench& embedded() {
     auto* b = new EmbeddedBench;
     host::DatabaseOptions options;
     options.databaseName = b->dir.filePath(QStringLiteral("adjustacc.sqlite"));
-    if (auto opened = host::openDatabase(options, b->rawConnection); !opened.ok()) {
-      die(opened.error());
-    }
-    if (auto schema = host::createSchema(b->rawConnection); !schema.ok()) {
-      die(schema.error());
-    }
+    benchsupport::openHostDatabase(options, b->rawConnection);
     if (auto demo = host::loadDemoData(b->rawConnection, QDate::currentDate()); !demo.ok()) {
       die(demo.error());
     }
     addBenchmarkAccounts(b->rawConnection, kAccountSizes);
     b->officer = firstOfficer(b->rawConnection);
-    host::EmbeddedLinkOptions linkOptions;
-    linkOptions.dataFolder = b->dir.path();
-    linkOptions.officerId = b->officer;
-    b->link = std::make_unique<host::EmbeddedLink>(linkOptions);
+    b->link = benchsupport::embeddedLink(b->dir.path(), b->officer);
     return b;
   }();
   return *bench;
@@ -419,12 +395,8 @@ public:
       return;
     }
     QProcess script;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("ADJUSTACC_PG_PORT"), QStringLiteral("55491"));
-    environment.insert(QStringLiteral("ADJUSTACC_PG_DIR"), QStringLiteral("/tmp/adjustacc-bench-pg"));
-    script.setProcessEnvironment(environment);
-    script.start(m_script, {QStringLiteral("start")});
-    if (!script.waitForFinished(120000) || script.exitStatus() != QProcess::NormalExit || script.exitCode() != 0) {
+    if (!runScript(script, QStringLiteral("start"), 120000) || script.exitStatus() != QProcess::NormalExit ||
+        script.exitCode() != 0) {
       m_problem = QStringLiteral("no PostgreSQL: %1").arg(QString::fromLocal8Bit(script.readAllStandardError()).trimmed());
       return;
     }
@@ -434,12 +406,7 @@ public:
   ~PostgresServer() {
     if (m_started) {
       QProcess script;
-      QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-      environment.insert(QStringLiteral("ADJUSTACC_PG_PORT"), QStringLiteral("55491"));
-      environment.insert(QStringLiteral("ADJUSTACC_PG_DIR"), QStringLiteral("/tmp/adjustacc-bench-pg"));
-      script.setProcessEnvironment(environment);
-      script.start(m_script, {QStringLiteral("stop")});
-      script.waitForFinished(60000);
+      runScript(script, QStringLiteral("stop"), 60000);
     }
   }
   PostgresServer(const PostgresServer&) = delete;
@@ -448,6 +415,17 @@ public:
   const QString& problem() const { return m_problem; }
 
 private:
+  // Runs the cluster script with `action` on the benchmark's own port and folder; false when it did not finish
+  // in `timeoutMs`.
+  bool runScript(QProcess& script, const QString& action, int timeoutMs) const {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("ADJUSTACC_PG_PORT"), QStringLiteral("55491"));
+    environment.insert(QStringLiteral("ADJUSTACC_PG_DIR"), QStringLiteral("/tmp/adjustacc-bench-pg"));
+    script.setProcessEnvironment(environment);
+    script.start(m_script, {action});
+    return script.waitForFinished(timeoutMs);
+  }
+
   const QString m_script = QStringLiteral(ADJUSTACC_SOURCE_DIR "/scripts/pg-test-cluster.sh");
   QString m_connection;
   QString m_problem;

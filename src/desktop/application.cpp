@@ -43,7 +43,7 @@ Application::Application(StartOptions options, QObject* parent)
       m_errors(m_ui),
       m_link(makeLink(m_options)),
       m_store(codeConnectionName(this)),
-      m_codes(m_store.connectionName(), m_user),
+      m_codes(m_store.connectionName(), m_user, &m_clock),
       m_codeTables(m_store.connectionName(), m_clock),
       m_keyFilters(m_codes),
       m_formNumbers(m_codes),

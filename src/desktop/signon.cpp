@@ -102,7 +102,11 @@ void SignOn::officerAnswered(const Reply& reply, const QString& requestId) {
 
   m_tablesOutstanding = static_cast<int>(codeTables().size());
   for (const QString& table : codeTables()) {
+    // Every row whatever its dates: the code boxes offer only the codes in effect on the day they open,
+    // while lists must still describe the ended codes that old rows carry.
     RequestMessage* message = send(kCodeTableInquiryCode, QStringLiteral("key:CD_TBL_ID"), table);
+    message->addParameter({QStringLiteral("MARVENTO"), QStringLiteral("key:ALL"), QStringLiteral("="),
+                           QStringLiteral("Y")});
     const QString tableRequest = message->requestId();
     connect(message, &RequestMessage::DataReady, this, [this, table, tableRequest](const QString&, const Reply& r) {
       tableAnswered(table, r, tableRequest);

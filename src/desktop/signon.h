@@ -2,7 +2,8 @@
 // Signing on: what the desktop learns from the host before the first document opens, without ever waiting
 // for it. The officer's name, region and rights come from the officer inquiry (request code 64, sections
 // OFFICER and RIGHTS); then the code tables the screens read come from the code-table inquiry (request code
-// 63, one request per table, sent together; section QVR_CODE) into the local CodeTableStore.
+// 63, one request per table, sent together, each for the whole table (key:ALL); section QVR_CODE) into the
+// local CodeTableStore.
 //
 // Every request goes out at once and the answers are taken as they come on the event loop; finished() tells
 // the outcome. An officer the host does not know, or no answer, fails the sign-on; a code table that could

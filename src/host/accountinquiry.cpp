@@ -322,9 +322,14 @@ Outcome codeTableInquiry(const Context& context) {
   static const SectionBuilder builder(QStringLiteral("QVR_CODE"),
                                       {{u"CD_TBL_ID"}, {u"CD_TBL_CD"}, {u"CD_TBL_DES"}, {u"EFCTV_DT", Cell::Day},
                                        {u"END_DT", Cell::Day}, {u"REGION"}});
+  static const QString kColumns =
+      QStringLiteral("SELECT CD_TBL_ID, CD_TBL_CD, CD_TBL_DES, EFCTV_DT, END_DT, REGION FROM QVR_CODE "
+                     "WHERE REGION = ? AND CD_TBL_ID = ? ");
   const QString kind = QStringLiteral("The code table inquiry");
+  const QString allKey = QStringLiteral("key:ALL");
+  const QString asOfKey = QStringLiteral("key:AS_OF_DT");
   if (const QString problem = checkParams(context.request, kind, {QStringLiteral("key:CD_TBL_ID")},
-                                          {QStringLiteral("key:REGION"), QStringLiteral("key:AS_OF_DT")});
+                                          {QStringLiteral("key:REGION"), asOfKey, allKey});
       !problem.isEmpty()) {
     return refuse(problem);
   }
@@ -338,21 +343,41 @@ Outcome codeTableInquiry(const Context& context) {
   } else if (const QString problem = checkCode(QStringLiteral("key:REGION"), region); !problem.isEmpty()) {
     return refuse(problem);
   }
+  // key:ALL asks for the whole table, ended and future rows included: what a desktop keeps to describe the
+  // codes old rows still carry. Its presence is what counts, so a blank value is refused too.
+  const bool all = !context.request.param(allKey).isNull();
+  if (all) {
+    if (const QString value = context.param(allKey); value.toUpper() != u"Y") {
+      return refuse(QStringLiteral("Parameter key:ALL \"%1\" is not valid: it takes only \"Y\" (every row of the "
+                                   "code table, whatever its dates).")
+                        .arg(value));
+    }
+    if (!context.request.param(asOfKey).isNull()) {
+      return refuse(QStringLiteral("The code table inquiry takes key:ALL (every row, whatever its dates) or "
+                                   "key:AS_OF_DT (the rows in effect on one day), not both."));
+    }
+  }
+  Sections sections;
+  QString error;
+  if (all) {
+    if (!builder.addTo(sections, context.sql, kColumns + QStringLiteral("ORDER BY CD_TBL_CD, EFCTV_DT"),
+                       {region, table}, error)) {
+      return refuse(error);
+    }
+    return sections;
+  }
   QDate day = context.today;
-  if (const QString asOf = context.param(QStringLiteral("key:AS_OF_DT")); !asOf.isEmpty()) {
+  if (const QString asOf = context.param(asOfKey); !asOf.isEmpty()) {
     const std::optional<QDate> parsed = parseIsoDay(asOf);
     if (!parsed) {
       return refuse(QStringLiteral("Parameter key:AS_OF_DT \"%1\" is not a date written yyyy-mm-dd.").arg(asOf));
     }
     day = *parsed;
   }
-  Sections sections;
-  QString error;
   const QVariant dayValue = context.sql.date(day);
   if (!builder.addTo(sections, context.sql,
-                     QStringLiteral("SELECT CD_TBL_ID, CD_TBL_CD, CD_TBL_DES, EFCTV_DT, END_DT, REGION FROM QVR_CODE "
-                                    "WHERE REGION = ? AND CD_TBL_ID = ? AND EFCTV_DT <= ? AND "
-                                    "(END_DT IS NULL OR END_DT >= ?) ORDER BY CD_TBL_CD"),
+                     kColumns + QStringLiteral("AND EFCTV_DT <= ? AND (END_DT IS NULL OR END_DT >= ?) "
+                                               "ORDER BY CD_TBL_CD, EFCTV_DT"),
                      {region, table, dayValue, dayValue}, error)) {
     return refuse(error);
   }

@@ -586,15 +586,11 @@ Result<bool> fillDemoData(const Sql& sql, const QDate& today) {
 }
 
 Result<bool> loadDemoData(const QString& connectionName, const QDate& today) {
-  QSqlDatabase db = QSqlDatabase::database(connectionName, false);
-  if (!db.isOpen()) {
-    return Result<bool>::failure(QStringLiteral("No open database connection named \"%1\"").arg(connectionName));
+  const Result<Sql> connection = Sql::onConnection(connectionName);
+  if (!connection) {
+    return Result<bool>::failure(connection.error());
   }
-  Result<SqlDialect> dialect = SqlDialect::of(db);
-  if (!dialect) {
-    return Result<bool>::failure(dialect.error());
-  }
-  const Sql sql(db, dialect.value());
+  const Sql& sql = connection.value();
   Transaction loading(sql);
   if (Result<bool> started = loading.begin(); !started) {
     return started;

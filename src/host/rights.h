@@ -4,6 +4,7 @@
 #include "sqlutil.h"
 
 #include "messaging/result.h"
+#include "messaging/rightnames.h"
 
 #include <QSet>
 #include <QString>
@@ -12,14 +13,8 @@
 
 namespace adjustacc::host {
 
-// Names of the rights, as the agency spells them.
-namespace rights {
-inline const QString AdjustAR = QStringLiteral("ADJUSTAR");
-inline const QString AdjustReceipt = QStringLiteral("ADJUSTRECEIPT");
-inline const QString CreateRefund = QStringLiteral("CREATEREFUND");
-inline const QString AdjustReceiptCancelOnly = QStringLiteral("ADJUSTRCPTCANCELONLY");
-inline const QString ActivityUpdate = QStringLiteral("QORVA_ActvityUpdate");
-}  // namespace rights
+// Names of the rights, as the agency spells them (shared with the screens).
+namespace rights = messaging::rights;
 
 struct Officer {
   QString id;

@@ -191,16 +191,12 @@ QStringList schemaTables() {
 }
 
 Result<bool> createSchema(const QString& connectionName) {
-  QSqlDatabase db = QSqlDatabase::database(connectionName, false);
-  if (!db.isOpen()) {
-    return Result<bool>::failure(QStringLiteral("No open database connection named \"%1\"").arg(connectionName));
+  const Result<Sql> connection = Sql::onConnection(connectionName);
+  if (!connection) {
+    return Result<bool>::failure(connection.error());
   }
-  Result<SqlDialect> dialect = SqlDialect::of(db);
-  if (!dialect) {
-    return Result<bool>::failure(dialect.error());
-  }
-  const Sql sql(db, dialect.value());
-  for (const QString& statement : schemaStatements(dialect.value())) {
+  const Sql& sql = connection.value();
+  for (const QString& statement : schemaStatements(sql.dialect())) {
     if (Result<QSqlQuery> done = sql.run(statement); !done) {
       return Result<bool>::failure(done.error());
     }

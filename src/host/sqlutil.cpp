@@ -20,6 +20,18 @@ QString databaseFailureText(const QSqlQuery& query) {
   return QStringLiteral("The host's database refused the request: %1").arg(text);
 }
 
+Result<Sql> Sql::onConnection(const QString& connectionName) {
+  QSqlDatabase db = QSqlDatabase::database(connectionName, false);
+  if (!db.isOpen()) {
+    return Result<Sql>::failure(QStringLiteral("No open database connection named \"%1\"").arg(connectionName));
+  }
+  Result<SqlDialect> dialect = SqlDialect::of(db);
+  if (!dialect) {
+    return Result<Sql>::failure(dialect.error());
+  }
+  return Sql(db, dialect.value());
+}
+
 Result<QSqlQuery> Sql::run(const QString& statement, const QVariantList& values) const {
   ++m_statements;
   QSqlQuery query(m_db);

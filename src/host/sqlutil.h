@@ -27,6 +27,8 @@ namespace adjustacc::host {
 class Sql {
 public:
   Sql(QSqlDatabase db, SqlDialect dialect) : m_db(std::move(db)), m_dialect(dialect) {}
+  // The open connection of that name with its dialect, or why there is none.
+  static messaging::Result<Sql> onConnection(const QString& connectionName);
 
   const SqlDialect& dialect() const { return m_dialect; }
   QSqlDatabase database() const { return m_db; }

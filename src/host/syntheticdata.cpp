@@ -52,18 +52,15 @@ private:
 
 Result<QList<SyntheticAccount>> generateSyntheticData(const QString& connectionName, const SyntheticShape& shape) {
   using R = Result<QList<SyntheticAccount>>;
-  QSqlDatabase db = QSqlDatabase::database(connectionName, false);
-  if (!db.isOpen()) {
-    return R::failure(QStringLiteral("No open database connection named \"%1\"").arg(connectionName));
-  }
-  Result<SqlDialect> dialect = SqlDialect::of(db);
-  if (!dialect) {
-    return R::failure(dialect.error());
+  const Result<Sql> connection = Sql::onConnection(connectionName);
+  if (!connection) {
+    return R::failure(connection.error());
   }
   if (shape.customers < 1 || shape.accountsPerCustomer < 1 || shape.receivablesPerAccount < 1) {
     return R::failure(QStringLiteral("Synthetic data needs at least one customer, account and receivable."));
   }
-  const Sql sql(db, dialect.value());
+  const Sql& sql = connection.value();
+  const QSqlDatabase db = sql.database();
   Transaction filling(sql);
   if (Result<bool> started = filling.begin(); !started) {
     return R::failure(started.error());

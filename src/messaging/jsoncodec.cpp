@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <limits>
 #include <cstring>
 #include <vector>
 
@@ -58,14 +59,7 @@ public:
   // Reads an object, handing each member name to `member`, which must read the member's value.
   template <typename F>
   bool object(F&& member) {
-    if (peek() != '{')
-      return fail(u"an object is expected"_s);
-    ++m_p;
-    if (peek() == '}') {
-      ++m_p;
-      return true;
-    }
-    for (;;) {
+    return sequence('{', '}', [&](qsizetype) {
       if (peek() != '"')
         return fail(u"a member name in double quotes is expected"_s);
       QString name;
@@ -74,45 +68,14 @@ public:
       if (peek() != ':')
         return fail(u"\":\" is expected after a member name"_s);
       ++m_p;
-      if (!member(name))
-        return false;
-      const char next = peek();
-      if (next == ',') {
-        ++m_p;
-        continue;
-      }
-      if (next == '}') {
-        ++m_p;
-        return true;
-      }
-      return fail(u"\",\" or \"}\" is expected"_s);
-    }
+      return member(name);
+    });
   }
 
   // Reads an array, calling `element(index)` for each element, which must read it.
   template <typename F>
   bool array(F&& element) {
-    if (peek() != '[')
-      return fail(u"an array is expected"_s);
-    ++m_p;
-    if (peek() == ']') {
-      ++m_p;
-      return true;
-    }
-    for (qsizetype index = 0;; ++index) {
-      if (!element(index))
-        return false;
-      const char next = peek();
-      if (next == ',') {
-        ++m_p;
-        continue;
-      }
-      if (next == ']') {
-        ++m_p;
-        return true;
-      }
-      return fail(u"\",\" or \"]\" is expected"_s);
-    }
+    return sequence('[', ']', element);
   }
 
   // Counts the elements of the array that starts here without reading them (0 when it is not one, or is
@@ -152,76 +115,25 @@ public:
   bool string(QString& out, qsizetype maxChars) {
     if (peek() != '"')
       return fail(u"text in double quotes is expected"_s);
-    ++m_p;
-    // Most values are plain ASCII without escapes: one scan and one conversion.
-    const char* s = m_p;
-    while (s < m_end) {
-      const auto c = static_cast<unsigned char>(*s);
-      if (c == '"' || c == '\\' || c < 0x20 || c >= 0x80)
-        break;
-      ++s;
-    }
-    if (s < m_end && *s == '"') {
-      if (s - m_p > maxChars)
-        return fail(u"the text is longer than %1 characters"_s.arg(maxChars));
-      out = QString::fromLatin1(m_p, s - m_p);
-      m_p = s + 1;
-      return true;
-    }
-    return escapedString(out, maxChars);
+    return quotedText(
+        maxChars, [&](std::string_view plain) { out = QString::fromLatin1(plain.data(), qsizetype(plain.size())); },
+        [&](QString&& text) { out = std::move(text); });
   }
 
   // Text or null: a null QVariant for null, otherwise a QVariant holding the text.
   bool stringOrNull(QVariant& out, qsizetype maxChars) {
-    const char next = peek();
-    if (next == 'n') {
-      if (!literal("null"))
-        return false;
-      out = QVariant();
-      return true;
-    }
-    if (next != '"')
-      return fail(u"text in double quotes or null is expected"_s);
-    QString text;
-    if (!string(text, maxChars))
-      return false;
-    out = QVariant(std::move(text));
-    return true;
+    return textOrNull(
+        maxChars, [&] { out = QVariant(); },
+        [&](std::string_view plain) { out = QVariant(QString::fromLatin1(plain.data(), qsizetype(plain.size()))); },
+        [&](QString&& text) { out = QVariant(std::move(text)); });
   }
 
   // Text or null, handed straight to a record set writer: plain ASCII as the bytes of the document,
   // anything else decoded first.
   bool cellInto(RecordSetWriter& writer, int field, qsizetype maxChars) {
-    const char next = peek();
-    if (next == 'n') {
-      if (!literal("null"))
-        return false;
-      writer.setNull(field);
-      return true;
-    }
-    if (next != '"')
-      return fail(u"text in double quotes or null is expected"_s);
-    const char* s = m_p + 1;
-    while (s < m_end) {
-      const auto c = static_cast<unsigned char>(*s);
-      if (c == '"' || c == '\\' || c < 0x20 || c >= 0x80)
-        break;
-      ++s;
-    }
-    if (s < m_end && *s == '"') {
-      if (s - (m_p + 1) > maxChars) {
-        ++m_p;
-        return fail(u"the text is longer than %1 characters"_s.arg(maxChars));
-      }
-      writer.setUtf8(field, std::string_view(m_p + 1, static_cast<std::size_t>(s - (m_p + 1))));
-      m_p = s + 1;
-      return true;
-    }
-    QString text;
-    if (!string(text, maxChars))
-      return false;
-    writer.setText(field, text);
-    return true;
+    return textOrNull(
+        maxChars, [&] { writer.setNull(field); }, [&](std::string_view plain) { writer.setUtf8(field, plain); },
+        [&](QString&& text) { writer.setText(field, text); });
   }
 
   // A whole number that fits an int, written as a JSON number without fraction or exponent.
@@ -264,6 +176,74 @@ public:
   }
 
 private:
+  // Reads `open`, then elements separated by commas up to `close`; `element(index)` reads each one.
+  template <typename F>
+  bool sequence(char open, char close, F&& element) {
+    if (peek() != open)
+      return fail(open == '{' ? u"an object is expected"_s : u"an array is expected"_s);
+    ++m_p;
+    if (peek() == close) {
+      ++m_p;
+      return true;
+    }
+    for (qsizetype index = 0;; ++index) {
+      if (!element(index))
+        return false;
+      const char next = peek();
+      if (next == ',') {
+        ++m_p;
+        continue;
+      }
+      if (next == close) {
+        ++m_p;
+        return true;
+      }
+      return fail(u"\",\" or \"%1\" is expected"_s.arg(QLatin1Char(close)));
+    }
+  }
+
+  // Text or null: `onNull()` for null, otherwise the text as quotedText() hands it on.
+  template <typename OnNull, typename OnPlain, typename OnText>
+  bool textOrNull(qsizetype maxChars, OnNull&& onNull, OnPlain&& onPlain, OnText&& onText) {
+    const char next = peek();
+    if (next == 'n') {
+      if (!literal("null"))
+        return false;
+      onNull();
+      return true;
+    }
+    if (next != '"')
+      return fail(u"text in double quotes or null is expected"_s);
+    return quotedText(maxChars, onPlain, onText);
+  }
+
+  // Text in double quotes, the reader standing on the opening quote. Most values are plain ASCII without
+  // escapes: those go to `onPlain` as the bytes of the document, in one scan and without a copy; anything else
+  // is decoded and goes to `onText`.
+  template <typename OnPlain, typename OnText>
+  bool quotedText(qsizetype maxChars, OnPlain&& onPlain, OnText&& onText) {
+    ++m_p;
+    const char* s = m_p;
+    while (s < m_end) {
+      const auto c = static_cast<unsigned char>(*s);
+      if (c == '"' || c == '\\' || c < 0x20 || c >= 0x80)
+        break;
+      ++s;
+    }
+    if (s < m_end && *s == '"') {
+      if (s - m_p > maxChars)
+        return fail(u"the text is longer than %1 characters"_s.arg(maxChars));
+      onPlain(std::string_view(m_p, static_cast<std::size_t>(s - m_p)));
+      m_p = s + 1;
+      return true;
+    }
+    QString text;
+    if (!escapedString(text, maxChars))
+      return false;
+    onText(std::move(text));
+    return true;
+  }
+
   void skipSpace() {
     while (m_p < m_end && (*m_p == ' ' || *m_p == '\n' || *m_p == '\r' || *m_p == '\t'))
       ++m_p;
@@ -450,12 +430,34 @@ bool checkName(JsonReader& reader, const QString& name, What&& what) {
   return true;
 }
 
+// A member whose value is text; a failure names the member.
+bool readTextMember(JsonReader& reader, const QString& name, QString& out) {
+  return reader.string(out, limits::kMaxValueChars) || reader.within(quoted(name));
+}
+
 // ---- reply ------------------------------------------------------------------------------------------------
 
 struct ReplyReadState {
   qsizetype cells = 0;  // values read so far in all sections
   qsizetype rows = 0;   // rows read so far in all sections
 };
+
+// Reads row `index` of a section, counting it and its values against the bounds of the whole reply and
+// refusing more than `maxValues` values; `value(column)` reads each value.
+template <typename ReadValue>
+bool readRow(JsonReader& reader, ReplyReadState& state, qsizetype index, qsizetype maxValues, ReadValue&& value) {
+  if (++state.rows > limits::kMaxRowsPerReply)
+    return reader.fail(u"the reply holds more than %1 rows"_s.arg(limits::kMaxRowsPerReply));
+  return reader.array([&](qsizetype column) {
+    if (column >= maxValues)
+      return reader.fail(u"row %1 has more values than the %2 fields"_s.arg(index + 1).arg(maxValues));
+    if (++state.cells > limits::kMaxCellsPerReply)
+      return reader.fail(u"the reply holds more than %1 values"_s.arg(limits::kMaxCellsPerReply));
+    if (!value(column))
+      return reader.within(u"row %1, value %2"_s.arg(index + 1).arg(column + 1));
+    return true;
+  });
+}
 
 bool readSection(JsonReader& reader, const QString& sectionName, RecordSet& out, ReplyReadState& state) {
   MemberSet members{u"fields", u"rows"};
@@ -484,22 +486,6 @@ bool readSection(JsonReader& reader, const QString& sectionName, RecordSet& out,
     });
   };
 
-  // A row that comes before the fields are known: kept aside as values.
-  const auto readEarlyRow = [&](qsizetype index) -> bool {
-    if (++state.rows > limits::kMaxRowsPerReply)
-      return reader.fail(u"the reply holds more than %1 rows"_s.arg(limits::kMaxRowsPerReply));
-    row.resize(0);
-    return reader.array([&](qsizetype column) {
-      if (++state.cells > limits::kMaxCellsPerReply)
-        return reader.fail(u"the reply holds more than %1 values"_s.arg(limits::kMaxCellsPerReply));
-      QVariant value;
-      if (!reader.stringOrNull(value, limits::kMaxValueChars))
-        return reader.within(u"row %1, value %2"_s.arg(index + 1).arg(column + 1));
-      row.append(std::move(value));
-      return true;
-    });
-  };
-
   const auto readRows = [&]() -> bool {
     if (members.seen(0)) {
       const qsizetype expected = fields.size();
@@ -512,16 +498,10 @@ bool readSection(JsonReader& reader, const QString& sectionName, RecordSet& out,
       // The values go straight into the set's storage, a row at a time.
       RecordSetWriter writer(out);
       return reader.array([&](qsizetype index) {
-        if (++state.rows > limits::kMaxRowsPerReply)
-          return reader.fail(u"the reply holds more than %1 rows"_s.arg(limits::kMaxRowsPerReply));
         qsizetype count = 0;
-        const bool read = reader.array([&](qsizetype column) {
-          if (column >= expected)
-            return reader.fail(u"row %1 has more values than the %2 fields"_s.arg(index + 1).arg(expected));
-          if (++state.cells > limits::kMaxCellsPerReply)
-            return reader.fail(u"the reply holds more than %1 values"_s.arg(limits::kMaxCellsPerReply));
+        const bool read = readRow(reader, state, index, expected, [&](qsizetype column) {
           if (!reader.cellInto(writer, static_cast<int>(column), limits::kMaxValueChars))
-            return reader.within(u"row %1, value %2"_s.arg(index + 1).arg(column + 1));
+            return false;
           count = column + 1;
           return true;
         });
@@ -533,8 +513,17 @@ bool readSection(JsonReader& reader, const QString& sectionName, RecordSet& out,
         return true;
       });
     }
+    // Rows that come before the fields are known: kept aside as values, checked against the fields later.
     return reader.array([&](qsizetype index) {
-      if (!readEarlyRow(index))
+      row.resize(0);
+      const bool read = readRow(reader, state, index, std::numeric_limits<qsizetype>::max(), [&](qsizetype) {
+        QVariant value;
+        if (!reader.stringOrNull(value, limits::kMaxValueChars))
+          return false;
+        row.append(std::move(value));
+        return true;
+      });
+      if (!read)
         return false;
       earlyRows.push_back(row);
       return true;
@@ -572,11 +561,11 @@ bool readReply(JsonReader& reader, Reply& reply) {
     const qsizetype member = members.accept(reader, name);
     switch (member) {
       case 0:
-        return reader.string(reply.replyTo, limits::kMaxValueChars) || reader.within(quoted(name));
+        return readTextMember(reader, name, reply.replyTo);
       case 1:
-        return reader.string(reply.requestId, limits::kMaxValueChars) || reader.within(quoted(name));
+        return readTextMember(reader, name, reply.requestId);
       case 2:
-        return reader.string(reply.error, limits::kMaxValueChars) || reader.within(quoted(name));
+        return readTextMember(reader, name, reply.error);
       case 3:
         return reader.object([&](const QString& sectionName) {
           if (!checkName(reader, sectionName, [] { return u"a section name"_s; }))
@@ -607,7 +596,7 @@ bool readParameter(JsonReader& reader, RequestParameter& parameter) {
     const qsizetype member = members.accept(reader, name);
     if (member < 0)
       return false;
-    return reader.string(*targets[member], limits::kMaxValueChars) || reader.within(quoted(name));
+    return readTextMember(reader, name, *targets[member]);
   });
   return ok && members.complete(reader);
 }
@@ -662,15 +651,15 @@ bool readRequest(JsonReader& reader, Request& request) {
     const qsizetype member = members.accept(reader, name);
     switch (member) {
       case 0:
-        return reader.string(request.replyTo, limits::kMaxValueChars) || reader.within(quoted(name));
+        return readTextMember(reader, name, request.replyTo);
       case 1:
-        return reader.string(request.version, limits::kMaxValueChars) || reader.within(quoted(name));
+        return readTextMember(reader, name, request.version);
       case 2:
         return reader.integer(request.code) || reader.within(quoted(name));
       case 3:
-        return reader.string(request.user, limits::kMaxValueChars) || reader.within(quoted(name));
+        return readTextMember(reader, name, request.user);
       case 4:
-        return reader.string(request.requestId, limits::kMaxValueChars) || reader.within(quoted(name));
+        return readTextMember(reader, name, request.requestId);
       case 5:
         return reader.array([&](qsizetype index) {
           if (index >= limits::kMaxParams)
@@ -783,78 +772,76 @@ void appendValue(JsonWriter& out, const QVariant& value) {
     appendString(out, value.toString());
 }
 
-void appendMember(JsonWriter& out, const char* name) {
-  out.append('"');
-  out.append(name);
-  out.append("\":");
-}
+// Writes one object: its members in the order given, with the commas between them. Each member() call writes
+// the member's name and hands back the writer for its value.
+class ObjectWriter {
+public:
+  explicit ObjectWriter(JsonWriter& out) : m_out(out) { m_out.append('{'); }
+  JsonWriter& member(const char* name) {
+    separate();
+    m_out.append('"');
+    m_out.append(name);
+    m_out.append("\":");
+    return m_out;
+  }
+  JsonWriter& member(const QString& name) {
+    separate();
+    appendString(m_out, name);
+    m_out.append(':');
+    return m_out;
+  }
+  void text(const char* name, const QString& value) { appendString(member(name), value); }
+  void close() { m_out.append('}'); }
+
+private:
+  void separate() {
+    if (m_any)
+      m_out.append(',');
+    m_any = true;
+  }
+
+  JsonWriter& m_out;
+  bool m_any = false;
+};
 
 }  // namespace
 
 QByteArray encodeRequest(const Request& request) {
   JsonWriter out(512);
-  out.append('{');
-  appendMember(out, "replyTo");
-  appendString(out, request.replyTo);
-  out.append(',');
-  appendMember(out, "version");
-  appendString(out, request.version);
-  out.append(',');
-  appendMember(out, "code");
-  out.append(QByteArray::number(request.code));
-  out.append(',');
-  appendMember(out, "user");
-  appendString(out, request.user);
-  out.append(',');
-  appendMember(out, "requestId");
-  appendString(out, request.requestId);
-  out.append(',');
-  appendMember(out, "params");
-  out.append('[');
+  ObjectWriter document(out);
+  document.text("replyTo", request.replyTo);
+  document.text("version", request.version);
+  document.member("code").append(QByteArray::number(request.code));
+  document.text("user", request.user);
+  document.text("requestId", request.requestId);
+  document.member("params").append('[');
   for (qsizetype i = 0; i < request.params.size(); ++i) {
     const RequestParameter& parameter = request.params[i];
     if (i > 0)
       out.append(',');
-    out.append('{');
-    appendMember(out, "system");
-    appendString(out, parameter.system);
-    out.append(',');
-    appendMember(out, "key");
-    appendString(out, parameter.key);
-    out.append(',');
-    appendMember(out, "op");
-    appendString(out, parameter.op);
-    out.append(',');
-    appendMember(out, "value");
-    appendString(out, parameter.value);
-    out.append('}');
+    ObjectWriter object(out);
+    object.text("system", parameter.system);
+    object.text("key", parameter.key);
+    object.text("op", parameter.op);
+    object.text("value", parameter.value);
+    object.close();
   }
-  out.append("],");
-  appendMember(out, "records");
-  out.append('{');
-  for (qsizetype l = 0; l < request.records.size(); ++l) {
-    const RecordList& list = request.records[l];
-    if (l > 0)
-      out.append(',');
-    appendString(out, list.name);
-    out.append(":[");
+  out.append(']');
+  ObjectWriter lists(document.member("records"));
+  for (const RecordList& list : request.records) {
+    lists.member(list.name).append('[');
     for (qsizetype r = 0; r < list.records.size(); ++r) {
       if (r > 0)
         out.append(',');
-      out.append('{');
-      const auto& fields = list.records[r].fields();
-      for (qsizetype f = 0; f < fields.size(); ++f) {
-        if (f > 0)
-          out.append(',');
-        appendString(out, fields[f].first);
-        out.append(':');
-        appendValue(out, fields[f].second);
-      }
-      out.append('}');
+      ObjectWriter record(out);
+      for (const auto& [field, value] : list.records[r].fields())
+        appendValue(record.member(field), value);
+      record.close();
     }
     out.append(']');
   }
-  out.append("}}");
+  lists.close();
+  document.close();
   return out.take();
 }
 
@@ -880,27 +867,14 @@ QByteArray encodeReply(const Reply& reply) {
     estimate += 64 + 24 * set.fieldCount() + (set.isOpen() ? qsizetype(set.recordCount()) * set.fieldCount() * 10 : 0);
   }
   JsonWriter out(std::min(estimate, limits::kMaxReplyBytes));
-  out.append('{');
-  appendMember(out, "replyTo");
-  appendString(out, reply.replyTo);
-  out.append(',');
-  appendMember(out, "requestId");
-  appendString(out, reply.requestId);
-  out.append(',');
-  appendMember(out, "error");
-  appendString(out, reply.error);
-  out.append(',');
-  appendMember(out, "sections");
-  out.append('{');
-  bool firstSection = true;
+  ObjectWriter document(out);
+  document.text("replyTo", reply.replyTo);
+  document.text("requestId", reply.requestId);
+  document.text("error", reply.error);
+  ObjectWriter sections(document.member("sections"));
   for (auto it = reply.sections.cbegin(); it != reply.sections.cend(); ++it) {
-    if (!firstSection)
-      out.append(',');
-    firstSection = false;
-    appendString(out, it.key());
-    out.append(":{");
-    appendMember(out, "fields");
-    out.append('[');
+    ObjectWriter section(sections.member(it.key()));
+    section.member("fields").append('[');
     const RecordSet& set = it.value();
     const int fieldCount = set.fieldCount();
     for (int f = 0; f < fieldCount; ++f) {
@@ -908,9 +882,8 @@ QByteArray encodeReply(const Reply& reply) {
         out.append(',');
       appendString(out, set.fields()[f].name);
     }
-    out.append("],");
-    appendMember(out, "rows");
-    out.append('[');
+    out.append(']');
+    section.member("rows").append('[');
     const int rowCount = set.isOpen() ? set.recordCount() : 0;
     for (int r = 0; r < rowCount; ++r) {
       if (r > 0)
@@ -927,9 +900,11 @@ QByteArray encodeReply(const Reply& reply) {
       }
       out.append(']');
     }
-    out.append("]}");
+    out.append(']');
+    section.close();
   }
-  out.append("}}");
+  sections.close();
+  document.close();
   return out.take();
 }
 

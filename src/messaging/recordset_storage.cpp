@@ -130,17 +130,7 @@ void Column::compact() {
     if (cell == kNullCell) {
       continue;
     }
-    const auto* p = reinterpret_cast<const unsigned char*>(old.data()) + cell;
-    std::uint32_t length = 0;
-    int shift = 0;
-    while (*p & 0x80u) {
-      length |= static_cast<std::uint32_t>(*p & 0x7Fu) << shift;
-      shift += 7;
-      ++p;
-    }
-    length |= static_cast<std::uint32_t>(*p) << shift;
-    ++p;
-    cell = store(std::string_view(reinterpret_cast<const char*>(p), length));
+    cell = store(textIn(old, cell));
   }
 }
 

@@ -39,19 +39,7 @@ public:
   std::string_view text(std::uint32_t row) const {
     return textAt(m_cells[row]);
   }
-  std::string_view textAt(std::uint32_t offset) const {
-    const auto* p = reinterpret_cast<const unsigned char*>(m_arena.data()) + offset;
-    std::uint32_t length = 0;
-    int shift = 0;
-    while (*p & 0x80u) {
-      length |= static_cast<std::uint32_t>(*p & 0x7Fu) << shift;
-      shift += 7;
-      ++p;
-    }
-    length |= static_cast<std::uint32_t>(*p) << shift;
-    ++p;
-    return {reinterpret_cast<const char*>(p), length};
-  }
+  std::string_view textAt(std::uint32_t offset) const { return textIn(m_arena, offset); }
 
   void reserve(std::size_t rows) { m_cells.reserve(rows); }
   // Room for this many more bytes of text (prefixes included) without growing the arena again.
@@ -76,6 +64,21 @@ public:
   std::size_t textBytes() const;  // live value bytes, without prefixes and garbage
 
 private:
+  // The text stored at `offset` of an arena: its length as a little-endian base-128 prefix, then its bytes.
+  static std::string_view textIn(const std::vector<char>& arena, std::uint32_t offset) {
+    const auto* p = reinterpret_cast<const unsigned char*>(arena.data()) + offset;
+    std::uint32_t length = 0;
+    int shift = 0;
+    while (*p & 0x80u) {
+      length |= static_cast<std::uint32_t>(*p & 0x7Fu) << shift;
+      shift += 7;
+      ++p;
+    }
+    length |= static_cast<std::uint32_t>(*p) << shift;
+    ++p;
+    return {reinterpret_cast<const char*>(p), length};
+  }
+
   std::uint32_t store(std::string_view value);
   void writeAt(std::size_t at, std::string_view value);
   void compact();

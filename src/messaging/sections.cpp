@@ -235,7 +235,7 @@ QList<SectionLayout> makeLayouts() {
         u"OVR_PYMT_STTS_CD"_s, u"ROW_VRSN_NBR"_s}},
       {u"OFFICER"_s, R, u"an officer: the signed-on one, or the one asked for by id"_s,
        {u"OFFICER_ID"_s, u"OFFICER_NM"_s, u"REGION"_s}},
-      {u"QVR_CODE"_s, R, u"rows of one code table in effect on a day, for one region"_s,
+      {u"QVR_CODE"_s, R, u"rows of one code table for one region: those in effect on a day, or all of them"_s,
        {u"CD_TBL_ID"_s, u"CD_TBL_CD"_s, u"CD_TBL_DES"_s, u"EFCTV_DT"_s, u"END_DT"_s, u"REGION"_s}},
       {u"RECEIPT"_s, R, u"receipts of an account, for the Receipts list; one receipt with the receipt detail"_s,
        {u"RCPT_DT"_s, u"RCPT_NBR"_s, u"RCPT_STTS_CD"_s, u"STTS_DESC"_s, u"TOT_PYMT_AMT"_s, u"OVR_PYMT_AMT"_s,

@@ -72,17 +72,37 @@ bool TextBox::userSetText(const QString& text) {
 }
 
 bool TextBox::userType(const QString& typed) {
+  constexpr int kBackspace = 8;
+  constexpr int kDelete = 0x7f;
   if (!canEdit()) {
     return false;
   }
-  QString result = m_text;
   for (const QChar ch : typed) {
-    const int key = userKeyPress(ch.unicode());
-    if (key != 0) {
-      result.append(QChar(static_cast<char16_t>(key)));
+    // Each key meets the box as the keys before it left it: the key filter judges it against the text typed
+    // so far, and a Change handler may have locked or disabled the box in between.
+    if (!canEdit()) {
+      return false;
     }
+    const int key = userKeyPress(ch.unicode());
+    if (key == 0) {
+      continue;  // refused by the screen's filter, which beeps if it wishes
+    }
+    if (key == kBackspace) {
+      if (!m_text.isEmpty()) {
+        userSetText(m_text.chopped(1));  // the caret stands after the last character typed
+      }
+      continue;
+    }
+    const bool lineKey = m_multiLine && (key == u'\r' || key == u'\n' || key == u'\t');
+    if ((key < 0x20 && !lineKey) || key == kDelete) {
+      continue;  // other control keys move or command; they type nothing
+    }
+    if (m_maxLength > 0 && m_text.size() >= m_maxLength) {
+      continue;  // a full box takes no more, though its filter has seen the key
+    }
+    userSetText(m_text + QChar(static_cast<char16_t>(key)));
   }
-  return userSetText(result);
+  return true;
 }
 
 }  // namespace adjustacc::platform

@@ -43,7 +43,12 @@ public:
   // The person changed the text: refused (false) when the box is locked or cannot be used; cut to the
   // maximum length; fires Change.
   bool userSetText(const QString& text);
-  // Each character goes through userKeyPress, then the accepted ones are appended.
+  // The person types `typed` at the end of the text, one key at a time as a keyboard would: each key goes
+  // through userKeyPress against the text as the earlier keys left it and, when it types something, fires
+  // Change. Backspace removes the last character; a full box (maximum length) takes no more; other control
+  // keys type nothing, except carriage return, line feed and tab in a multi-line box. False when the box
+  // could not be edited (at the start, or after a key's Change locked or disabled it): the keys left over
+  // are dropped.
   bool userType(const QString& typed);
   bool canEdit() const;
 

@@ -1,7 +1,7 @@
 #pragma once
 // Which troops and troop/district pairs exist, for the License Purchase Option's "Troop/District:" field.
 // They are code tables like any other: "TROOP" holds the troop letters ("A"), "TRPDSTRCT" the pairs
-// written together ("A12"). A troop or pair is valid when its table describes it.
+// written together ("A12"). A troop or pair is valid when its table holds it in effect today.
 
 #include <QString>
 

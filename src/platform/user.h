@@ -2,20 +2,16 @@
 // The signed-on officer: id, name, region, the rights the officer holds, and the name that printed
 // documents carry.
 
+#include "messaging/rightnames.h"
+
 #include <QSet>
 #include <QString>
 #include <QStringList>
 
 namespace adjustacc::platform {
 
-// Names of the rights the screens ask about.
-namespace rights {
-inline const QString AdjustAR = QStringLiteral("ADJUSTAR");
-inline const QString AdjustReceipt = QStringLiteral("ADJUSTRECEIPT");
-inline const QString CreateRefund = QStringLiteral("CREATEREFUND");
-inline const QString AdjustReceiptCancelOnly = QStringLiteral("ADJUSTRCPTCANCELONLY");
-inline const QString ActivityUpdate = QStringLiteral("QORVA_ActvityUpdate");  // spelled so by the agency
-}  // namespace rights
+// Names of the rights, as the agency spells them (shared with the host).
+namespace rights = messaging::rights;
 
 class User {
 public:

@@ -3,6 +3,8 @@
 #include "desktop/codetablestore.h"
 #include "desktop/signon.h"
 
+#include "host/demodata.h"
+#include "host/embeddedlink.h"
 #include "inquiry/codetablequerytext.h"
 #include "messaging/reply.h"
 #include "messaging/scriptedlink.h"
@@ -12,6 +14,7 @@
 #include "platform/sqlcodetablesource.h"
 
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -168,9 +171,14 @@ TEST_F(SignOnTest, LearnsTheOfficerAndKeepsEveryCodeTable) {
   QStringList asked;
   for (qsizetype i = 1; i < requests.size(); ++i) {
     EXPECT_EQ(requests[i].code, 63);
-    ASSERT_EQ(requests[i].params.size(), 1);
-    EXPECT_EQ(requests[i].params[0].system, u"MARVENTO"_s);
-    EXPECT_EQ(requests[i].params[0].op, u"="_s);
+    ASSERT_EQ(requests[i].params.size(), 2);
+    for (const auto& param : requests[i].params) {
+      EXPECT_EQ(param.system, u"MARVENTO"_s);
+      EXPECT_EQ(param.op, u"="_s);
+    }
+    EXPECT_EQ(requests[i].params[0].key, u"key:CD_TBL_ID"_s);
+    // The whole table, whatever its dates, so that ended codes on old rows are still described.
+    EXPECT_EQ(requests[i].param(u"key:ALL"_s), u"Y"_s);
     asked.append(requests[i].params[0].value);
   }
   EXPECT_EQ(asked, SignOn::codeTables());
@@ -206,6 +214,67 @@ TEST_F(SignOnTest, ACodeTableThatCannotBeReadIsAWarningAndTheRestIsKept) {
   EXPECT_TRUE(signOn.warnings().first().contains(u"CSTATUS"_s));
   EXPECT_EQ(store.rowCount(u"FORMDOC"_s), 2);
   EXPECT_EQ(store.rowCount(u"CSTATUS"_s), 0);
+}
+
+// Against the embedded host and its demo set (laid out around a fixed day): FORMDOC holds "W" ending that day,
+// "X" that ended the day before and "Z" that starts the day after; COLLECTN-USER holds "OLD" ending that day
+// and "NEW" starting the day after.
+TEST(SignOnEmbeddedTest, TheLocalCopyDescribesEndedAndFutureCodesWhileTheBoxesOfferTodaysOnly) {
+  QTemporaryDir dir;
+  ASSERT_TRUE(dir.isValid());
+  const QDate day(2024, 3, 7);
+  host::EmbeddedLinkOptions options;
+  options.dataFolder = dir.path();
+  options.officerId = host::demo::Admin;
+  options.demoDay = day;
+  host::EmbeddedLink link(options);
+  platform::SessionSettings session;
+  CodeTableStore store(u"test.codes.embedded"_s);
+  SignOn signOn(link, session, host::demo::Admin, store);
+  QSignalSpy finished(&signOn, &SignOn::finished);
+  signOn.start();
+  ASSERT_TRUE(finished.wait(30000));
+  ASSERT_TRUE(finished.constFirst().at(0).toBool()) << signOn.error().toStdString();
+  EXPECT_TRUE(signOn.warnings().isEmpty()) << signOn.warnings().join(u'\n').toStdString();
+
+  platform::SqlCodeLookup lookup(store.connectionName(), signOn.user());
+  const struct {
+    const char16_t* table;
+    const char16_t* code;
+    const char16_t* description;
+  } described[] = {
+      {u"FORMDOC", u"X", u"EXPIRED FORM"},       {u"FORMDOC", u"Z", u"ZONE PERMIT"},
+      {u"FORMDOC", u"W", u"WARNING NOTICE"},     {u"ADJDOC", u"x", u"EXPIRED FORM"},
+      {u"COLLECTN-USER", u"NEW", u"NEW CONTACT CODE"}, {u"COLLECTN-USER", u"OLD", u"OLD NOTE CODE"},
+      {u"CSTATUS", u"V", u"VOID"},
+  };
+  for (const auto& row : described) {
+    EXPECT_EQ(lookup.description(QString::fromUtf16(row.table), QString::fromUtf16(row.code)),
+              QString::fromUtf16(row.description))
+        << QString::fromUtf16(row.table).toStdString() << " " << QString::fromUtf16(row.code).toStdString();
+  }
+  EXPECT_TRUE(lookup.lastError().isEmpty()) << lookup.lastError().toStdString();
+
+  const platform::Clock clock(QDateTime(day, QTime(10, 0)));
+  platform::SqlCodeTableSource source(store.connectionName(), clock);
+  const auto offered = [&](const QString& table) {
+    QStringList codes;
+    const auto rows = source.run(inquiry::codeTableQueryText(signOn.user().regionCode(), table, day));
+    EXPECT_TRUE(rows) << rows.error().toStdString();
+    for (int row = 0; rows && row < rows->recordCount(); ++row) {
+      codes.append(rows->valueAt(row, u"CD_TBL_CD"_s).toString());
+    }
+    return codes;
+  };
+  const QStringList documents = offered(u"FORMDOC"_s);
+  EXPECT_TRUE(documents.contains(u"C"_s));
+  EXPECT_TRUE(documents.contains(u"W"_s)) << "ends today: still offered";
+  EXPECT_FALSE(documents.contains(u"X"_s)) << "ended yesterday";
+  EXPECT_FALSE(documents.contains(u"Z"_s)) << "starts tomorrow";
+  QStringList notes = offered(u"COLLECTN-USER"_s);
+  EXPECT_TRUE(notes.contains(u"OLD"_s));
+  EXPECT_FALSE(notes.contains(u"NEW"_s));
+  EXPECT_EQ(notes.removeDuplicates(), 0) << "one row per code on the day";
 }
 
 }  // namespace

@@ -90,12 +90,9 @@ TEST_P(BadRequests, AreAnsweredWithAClearRefusalAndWriteNothing) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    const QString before = fingerprint();
-    const Reply reply = send(c.request, c.officer);
-    EXPECT_TRUE(reply.error.contains(QString::fromUtf16(c.expected))) << reply.error.toStdString();
+    const Reply reply = expectRefused(c.request, QString::fromUtf16(c.expected), c.officer);
     EXPECT_TRUE(reply.sections.isEmpty());
     EXPECT_EQ(reply.requestId, c.request.requestId);
-    EXPECT_EQ(fingerprint(), before);
   }
 }
 

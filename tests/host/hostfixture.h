@@ -135,6 +135,25 @@ protected:
     return reply;
   }
 
+  // A request the host must refuse with a reply whose text holds `expected`, leaving every table as it was.
+  messaging::Reply expectRefused(const messaging::Request& request, const QString& expected,
+                                 const QString& officer = {}) {
+    const QString before = fingerprint();
+    messaging::Reply reply = send(request, officer);
+    EXPECT_TRUE(reply.error.contains(expected)) << reply.error.toStdString();
+    EXPECT_EQ(fingerprint(), before);
+    return reply;
+  }
+
+  // Cases of {name, request, expected text}, each refused as expectRefused() checks; failures name the case.
+  template <typename Cases>
+  void expectEachRefused(const Cases& cases) {
+    for (const auto& c : cases) {
+      SCOPED_TRACE(c.name);
+      expectRefused(c.request, QString::fromUtf16(c.expected));
+    }
+  }
+
   QSqlDatabase db() const { return QSqlDatabase::database(m_connection, false); }
 
   // The first column of the first row of a query with bound values; an invalid QVariant when none.

@@ -3,6 +3,7 @@
 #include "host/hostsystem.h"
 #include "host/requestcheck.h"
 #include "host/sqlutil.h"
+#include "host/syntheticdata.h"
 
 #include <QSqlDatabase>
 
@@ -93,6 +94,33 @@ TEST(OpenDatabase, RefusesUnknownDriversUnusableSchemasAndNamesInUse) {
   EXPECT_FALSE(openDatabase(memory, QStringLiteral("values-3")).ok());
   QSqlDatabase::database(QStringLiteral("values-3"), false).close();
   QSqlDatabase::removeDatabase(QStringLiteral("values-3"));
+}
+
+// Whatever works on a connection first finds it open: one that was never added and one added but never
+// opened are refused with a text that names them, before anything is written.
+TEST(OpenDatabase, WorkOnAConnectionThatIsNotOpenIsRefusedByName) {
+  QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("values-closed"));
+  for (const QString& name : {QStringLiteral("values-never-added"), QStringLiteral("values-closed")}) {
+    SCOPED_TRACE(name.toStdString());
+    const QString expected = QStringLiteral("No open database connection named \"%1\"").arg(name);
+    EXPECT_EQ(Sql::onConnection(name).error(), expected);
+    EXPECT_EQ(createSchema(name).error(), expected);
+    EXPECT_EQ(loadDemoData(name, QDate(2024, 3, 7)).error(), expected);
+    EXPECT_EQ(generateSyntheticData(name, SyntheticShape{}).error(), expected);
+  }
+  QSqlDatabase::removeDatabase(QStringLiteral("values-closed"));
+
+  DatabaseOptions memory;
+  memory.databaseName = QStringLiteral(":memory:");
+  ASSERT_TRUE(openDatabase(memory, QStringLiteral("values-open")).ok());
+  {
+    const auto sql = Sql::onConnection(QStringLiteral("values-open"));
+    ASSERT_TRUE(sql.ok()) << sql.error().toStdString();
+    EXPECT_EQ(sql->dialect().kind(), SqlDialect::Kind::Sqlite);
+    EXPECT_TRUE(sql->run(QStringLiteral("SELECT 1")).ok());
+  }
+  QSqlDatabase::database(QStringLiteral("values-open"), false).close();
+  QSqlDatabase::removeDatabase(QStringLiteral("values-open"));
 }
 
 }  // namespace

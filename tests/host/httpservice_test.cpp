@@ -1,5 +1,7 @@
 // The adjustacc-host HTTP service in process on a loopback port, with a real HTTP client and the remote
 // link; and the bearer-token store. On SQLite always, on PostgreSQL when ADJUSTACC_TEST_PG names a server.
+#include "linkhelpers.h"
+
 #include "host/hostsystem.h"
 #include "host/httpservice.h"
 #include "host/tokens.h"
@@ -30,6 +32,7 @@ using host::DatabaseOptions;
 using host::HttpService;
 using host::RequestLogEntry;
 using host::TokenStore;
+using host::testing::accountInquiry;
 using messaging::RemoteLink;
 using messaging::Reply;
 using messaging::Request;
@@ -37,18 +40,6 @@ using messaging::Request;
 namespace {
 
 constexpr int kWaitMs = 30000;
-
-Request inquiry(const QString& user, const QString& type, const QString& number) {
-  Request request;
-  request.replyTo = QStringLiteral("ADJUSTACC");
-  request.version = QStringLiteral("1");
-  request.code = 47;
-  request.user = user;
-  request.requestId = QUuid::createUuid().toString(QUuid::WithoutBraces);
-  request.params = {{QStringLiteral("MARVENTO"), QStringLiteral("key:REF_NBR"), QStringLiteral("="), number},
-                    {QStringLiteral("MARVENTO"), QStringLiteral("key:REF_TYP_CD"), QStringLiteral("="), type}};
-  return request;
-}
 
 // A connection of the test's own, on the test thread, closed and removed with this object.
 class TestConnection {
@@ -107,16 +98,12 @@ protected:
       ASSERT_TRUE(demo.ok()) << qPrintable(demo.error());
       TokenStore tokens(admin.name());
       ASSERT_TRUE(tokens.ensureTable().ok());
-      QSqlQuery query(admin.db());
-      ASSERT_TRUE(query.exec(QStringLiteral("SELECT OFFICER_ID FROM OFFICER ORDER BY OFFICER_ID")));
-      while (query.next()) {
-        m_officers.append(query.value(0).toString());
-      }
+      const host::testing::DemoFacts facts = host::testing::readDemoFacts(admin.db());
+      m_officers = facts.officers;
       ASSERT_GE(m_officers.size(), 2);
-      ASSERT_TRUE(query.exec(QStringLiteral("SELECT REF_TYP_CD, REF_NBR FROM ACCT_RCVBL ORDER BY ACCT_RCVBL_ID")));
-      ASSERT_TRUE(query.next());
-      m_type = query.value(0).toString();
-      m_number = query.value(1).toString();
+      m_type = facts.type;
+      m_number = facts.number;
+      ASSERT_FALSE(m_number.isEmpty()) << "the demo set has accounts";
       m_token = tokens.issue(m_officers[0])->token;
       m_otherToken = tokens.issue(m_officers[1])->token;
     }
@@ -166,13 +153,8 @@ protected:
     return send("POST", QStringLiteral("/v1/request"), body, token.isEmpty() ? QByteArray() : "Bearer " + token.toUtf8());
   }
 
-  Reply viaLink(RemoteLink& link, const Request& request) {
-    QSignalSpy replies(&link, &messaging::HostLink::replyReady);
-    link.submit(request);
-    if (!replies.wait(kWaitMs)) {
-      return Reply::failure({}, {}, QStringLiteral("no reply in the test's time"));
-    }
-    return replies.takeFirst().at(0).value<Reply>();
+  static Reply viaLink(RemoteLink& link, const Request& request) {
+    return host::testing::submitAndWait(link, request, kWaitMs);
   }
 
   QTemporaryDir m_dir;
@@ -196,7 +178,7 @@ TEST_P(HttpServiceTest, HealthReportsTheDatabase) {
 }
 
 TEST_P(HttpServiceTest, GoodRequestIsAnsweredAsTheHostAnswersItAndLogged) {
-  const Request request = inquiry(m_officers[0], m_type, m_number);
+  const Request request = accountInquiry(m_officers[0], m_type, m_number);
   QSignalSpy logged(m_service.get(), &HttpService::requestFinished);
   RemoteLink link(m_url, m_token);
   const Reply remote = viaLink(link, request);
@@ -238,7 +220,7 @@ TEST_P(HttpServiceTest, ConcurrentRequestsAreEachAnsweredForTheirOwnId) {
   QSignalSpy replies(&link, &messaging::HostLink::replyReady);
   QStringList ids;
   for (int i = 0; i < 24; ++i) {
-    const Request request = inquiry(m_officers[0], m_type, m_number);
+    const Request request = accountInquiry(m_officers[0], m_type, m_number);
     ids.append(request.requestId);
     link.submit(request);
   }
@@ -267,7 +249,7 @@ class HttpServiceRefusalTest : public HttpServiceTest {
 protected:
   // The body and token for a refusal case; the request id the body carries, if any.
   void build(const QString& name, QByteArray* body, QString* token, QString* requestId) {
-    const Request request = inquiry(m_officers[0], m_type, m_number);
+    const Request request = accountInquiry(m_officers[0], m_type, m_number);
     *requestId = request.requestId;
     *body = messaging::encodeRequest(request);
     *token = m_token;
@@ -325,7 +307,7 @@ TEST_P(HttpServiceRefusalTest, AnswersWithStatusAndFailingReply) {
   }
   // Refusals never reach the host: the service still answers a good request afterwards.
   RemoteLink link(m_url, m_otherToken);
-  EXPECT_TRUE(viaLink(link, inquiry(m_officers[1], m_type, m_number)).ok());
+  EXPECT_TRUE(viaLink(link, accountInquiry(m_officers[1], m_type, m_number)).ok());
 }
 
 TEST_P(HttpServiceRefusalTest, WrongPathsAndMethodsAreRefused) {
@@ -337,7 +319,7 @@ TEST_P(HttpServiceRefusalTest, WrongPathsAndMethodsAreRefused) {
 }
 
 TEST_P(HttpServiceTest, AbandonedRequestsDoNotUpsetTheService) {
-  const QByteArray body = messaging::encodeRequest(inquiry(m_officers[0], m_type, m_number));
+  const QByteArray body = messaging::encodeRequest(accountInquiry(m_officers[0], m_type, m_number));
   for (int i = 0; i < 10; ++i) {
     QNetworkRequest request(QUrl(m_url.toString() + QStringLiteral("/v1/request")));
     request.setHeader(QNetworkRequest::ContentTypeHeader, QByteArrayLiteral("application/json"));
@@ -383,11 +365,11 @@ TEST_P(HttpServiceTest, ServesHttpsWithACertificateTheClientTrusts) {
   QFile pem(certificate);
   ASSERT_TRUE(pem.open(QIODevice::ReadOnly));
   trusting.addTrustedCertificates(QSslCertificate::fromData(pem.readAll(), QSsl::Pem));
-  const Reply good = viaLink(trusting, inquiry(m_officers[0], m_type, m_number));
+  const Reply good = viaLink(trusting, accountInquiry(m_officers[0], m_type, m_number));
   EXPECT_TRUE(good.ok()) << qPrintable(good.error);
 
   RemoteLink doubting(url, m_token);
-  const Request request = inquiry(m_officers[0], m_type, m_number);
+  const Request request = accountInquiry(m_officers[0], m_type, m_number);
   const Reply refused = viaLink(doubting, request);
   EXPECT_FALSE(refused.ok());
   EXPECT_EQ(refused.requestId, request.requestId);

@@ -194,6 +194,75 @@ TEST_P(Inquiry, CodeTablesOfferCodesInEffectTodayForTheRegion) {
   EXPECT_EQ(codes(QStringLiteral("PAYADJUST"), {}), (QStringList{QStringLiteral("B"), QStringLiteral("C")}));
 }
 
+// The whole table, as a desktop keeps it to describe the codes old rows carry: ended and future rows too.
+TEST_P(Inquiry, CodeTablesAskedForWholeHoldEveryRowWhateverItsDates) {
+  // A former name of "C", ended long ago: the same code comes twice, older row first.
+  QSqlQuery renamed(db());
+  renamed.prepare(QStringLiteral("INSERT INTO QVR_CODE (CD_TBL_ID, CD_TBL_CD, CD_TBL_DES, EFCTV_DT, END_DT, REGION) "
+                                 "VALUES ('FORMDOC', 'C', 'CITATION (FORMER NAME)', ?, ?, 'NE')"));
+  renamed.addBindValue(today().addDays(-7300));
+  renamed.addBindValue(today().addDays(-3651));
+  ASSERT_TRUE(renamed.exec()) << renamed.lastError().text().toStdString();
+
+  const auto whole = [this](const QString& value, const QString& region = {}) {
+    RequestBuilder request(63);
+    request.param(QStringLiteral("key:CD_TBL_ID"), QStringLiteral("formdoc")).param(QStringLiteral("key:ALL"), value);
+    if (!region.isEmpty()) {
+      request.param(QStringLiteral("key:REGION"), region);
+    }
+    return ok(request);
+  };
+  const Reply reply = whole(QStringLiteral("Y"));
+  const QString s = QStringLiteral("QVR_CODE");
+  QStringList codes;
+  for (int row = 0; row < rows(reply, s); ++row) {
+    EXPECT_EQ(cell(reply, s, row, QStringLiteral("REGION")), QStringLiteral("NE")) << "the officer's region";
+    EXPECT_EQ(cell(reply, s, row, QStringLiteral("CD_TBL_ID")), QStringLiteral("FORMDOC"));
+    codes.append(cell(reply, s, row, QStringLiteral("CD_TBL_CD")));
+  }
+  EXPECT_EQ(codes, (QStringList{QStringLiteral("A"), QStringLiteral("C"), QStringLiteral("C"), QStringLiteral("K"),
+                                QStringLiteral("M"), QStringLiteral("O"), QStringLiteral("P"), QStringLiteral("S"),
+                                QStringLiteral("T"), QStringLiteral("W"), QStringLiteral("X"), QStringLiteral("Z")}));
+  const int former = findRow(reply, s, QStringLiteral("CD_TBL_DES"), QStringLiteral("CITATION (FORMER NAME)"));
+  EXPECT_EQ(former, codes.indexOf(QStringLiteral("C"))) << "by code, then by effective date";
+  const int ended = findRow(reply, s, QStringLiteral("CD_TBL_CD"), QStringLiteral("X"));
+  ASSERT_GE(ended, 0);
+  EXPECT_EQ(cell(reply, s, ended, QStringLiteral("END_DT")), today().addDays(-1).toString(Qt::ISODate));
+  const int future = findRow(reply, s, QStringLiteral("CD_TBL_CD"), QStringLiteral("Z"));
+  ASSERT_GE(future, 0);
+  EXPECT_EQ(cell(reply, s, future, QStringLiteral("EFCTV_DT")), today().addDays(1).toString(Qt::ISODate));
+  EXPECT_EQ(cell(reply, s, future, QStringLiteral("END_DT")), QString()) << "no end";
+
+  EXPECT_EQ(rows(whole(QStringLiteral(" y ")), s), rows(reply, s)) << "trimmed, compared upper-cased";
+  const Reply southWest = whole(QStringLiteral("Y"), QStringLiteral("sw"));
+  ASSERT_EQ(rows(southWest, s), rows(reply, s) - 1) << "the other region has no former name of C";
+  EXPECT_EQ(cell(southWest, s, 0, QStringLiteral("REGION")), QStringLiteral("SW"));
+}
+
+TEST_P(Inquiry, CodeTablesRefuseAnAllThatIsNotYOrThatComesWithADay) {
+  const auto request = [](const QString& all, const QString& day = {}) {
+    RequestBuilder r(63);
+    r.param(QStringLiteral("key:CD_TBL_ID"), QStringLiteral("FORMDOC")).param(QStringLiteral("key:ALL"), all);
+    if (!day.isEmpty()) {
+      r.param(QStringLiteral("key:AS_OF_DT"), day);
+    }
+    return r;
+  };
+  const QString day = today().toString(Qt::ISODate);
+  const struct {
+    const char* name;
+    RequestBuilder request;
+    const char16_t* expected;
+  } cases[] = {
+      {"other value", request(QStringLiteral("X")), u"Parameter key:ALL \"X\" is not valid"},
+      {"no", request(QStringLiteral("N")), u"Parameter key:ALL \"N\" is not valid"},
+      {"blank", request(QStringLiteral(" ")), u"Parameter key:ALL \"\" is not valid"},
+      {"yes spelled out", request(QStringLiteral("YES")), u"Parameter key:ALL \"YES\" is not valid"},
+      {"with a day", request(QStringLiteral("Y"), day), u"takes key:ALL (every row, whatever its dates) or key:AS_OF_DT"},
+  };
+  expectEachRefused(cases);
+}
+
 TEST_P(Inquiry, OfficersLearnTheirOwnRightsOnly) {
   const Reply own = ok(RequestBuilder(64, demo::CancelOnly));
   EXPECT_EQ(cell(own, QStringLiteral("OFFICER"), 0, QStringLiteral("OFFICER_NM")), QStringLiteral("Jordan Pike"));

@@ -1,5 +1,7 @@
 // The host links: the embedded link (host on a worker thread over a SQLite file) and the remote link's
 // handling of everything an HTTP peer can do wrong.
+#include "linkhelpers.h"
+
 #include "host/embeddedlink.h"
 #include "host/hostsystem.h"
 #include "messaging/jsoncodec.h"
@@ -26,6 +28,9 @@
 using namespace adjustacc;
 using host::EmbeddedLink;
 using host::EmbeddedLinkOptions;
+using host::testing::accountInquiry;
+using host::testing::DemoFacts;
+using host::testing::readDemoFacts;
 using messaging::HostLink;
 using messaging::RemoteLink;
 using messaging::Reply;
@@ -35,18 +40,6 @@ using messaging::RequestMessage;
 namespace {
 
 constexpr int kWaitMs = 20000;
-
-Request inquiry(const QString& user, const QString& type, const QString& number) {
-  Request request;
-  request.replyTo = QStringLiteral("ADJUSTACC");
-  request.version = QStringLiteral("1");
-  request.code = 47;
-  request.user = user;
-  request.requestId = QUuid::createUuid().toString(QUuid::WithoutBraces);
-  request.params = {{QStringLiteral("MARVENTO"), QStringLiteral("key:REF_NBR"), QStringLiteral("="), number},
-                    {QStringLiteral("MARVENTO"), QStringLiteral("key:REF_TYP_CD"), QStringLiteral("="), type}};
-  return request;
-}
 
 // Runs `use` with a connection of its own to a SQLite file, on the test thread.
 void withFile(const QString& path, const std::function<void(QSqlDatabase&)>& use) {
@@ -72,37 +65,14 @@ int countRows(const QString& path, const QString& table) {
   return count;
 }
 
-// A first officer and an account of the demo set, read from the file.
-struct DemoFacts {
-  QString officer;
-  QString type;
-  QString number;
-};
-
+// The demo set's officers and first account, read from the file.
 DemoFacts demoFacts(const QString& path) {
   DemoFacts facts;
-  withFile(path, [&](QSqlDatabase& db) {
-    QSqlQuery query(db);
-    if (query.exec(QStringLiteral("SELECT OFFICER_ID FROM OFFICER ORDER BY OFFICER_ID")) && query.next()) {
-      facts.officer = query.value(0).toString();
-    }
-    if (query.exec(QStringLiteral("SELECT REF_TYP_CD, REF_NBR FROM ACCT_RCVBL ORDER BY ACCT_RCVBL_ID")) &&
-        query.next()) {
-      facts.type = query.value(0).toString();
-      facts.number = query.value(1).toString();
-    }
-  });
+  withFile(path, [&](QSqlDatabase& db) { facts = readDemoFacts(db); });
   return facts;
 }
 
-Reply submitAndWait(HostLink& link, const Request& request) {
-  QSignalSpy replies(&link, &HostLink::replyReady);
-  link.submit(request);
-  if (!replies.wait(kWaitMs)) {
-    return Reply::failure(request.replyTo, request.requestId, QStringLiteral("no reply in the test's time"));
-  }
-  return replies.takeFirst().at(0).value<Reply>();
-}
+Reply submitAndWait(HostLink& link, const Request& request) { return host::testing::submitAndWait(link, request, kWaitMs); }
 
 class EmbeddedLinkTest : public ::testing::Test {
 protected:
@@ -120,7 +90,7 @@ protected:
   DemoFacts prepareDemo() {
     {
       EmbeddedLink link(options());
-      submitAndWait(link, inquiry(QStringLiteral("NOBODY"), QStringLiteral("X"), QStringLiteral("1")));
+      submitAndWait(link, accountInquiry(QStringLiteral("NOBODY"), QStringLiteral("X"), QStringLiteral("1")));
     }
     return demoFacts(path());
   }
@@ -130,14 +100,14 @@ protected:
 
 TEST_F(EmbeddedLinkTest, FirstStartCreatesTheFileWithTheDemoSetAndAnswersOnTheCallersThread) {
   const DemoFacts facts = prepareDemo();
-  ASSERT_FALSE(facts.officer.isEmpty()) << "the demo set has officers";
+  ASSERT_FALSE(facts.officer().isEmpty()) << "the demo set has officers";
   ASSERT_FALSE(facts.number.isEmpty()) << "the demo set has accounts";
 
-  EmbeddedLink link(options(facts.officer));
+  EmbeddedLink link(options(facts.officer()));
   EXPECT_EQ(link.databasePath(), path());
   QThread* deliveredOn = nullptr;
   QObject::connect(&link, &HostLink::replyReady, &link, [&] { deliveredOn = QThread::currentThread(); });
-  const Request request = inquiry(facts.officer, facts.type, facts.number);
+  const Request request = accountInquiry(facts.officer(), facts.type, facts.number);
   const Reply reply = submitAndWait(link, request);
 
   EXPECT_EQ(reply.error, QString());
@@ -179,7 +149,7 @@ TEST_F(EmbeddedLinkTest, DemoSetFillsOnlyADatabaseWithoutOfficers) {
     EmbeddedLinkOptions o = options();
     o.dataFolder = m_dir.filePath(folder);
     EmbeddedLink link(o);
-    submitAndWait(link, inquiry(QStringLiteral("NOBODY"), QStringLiteral("X"), QStringLiteral("1")));
+    submitAndWait(link, accountInquiry(QStringLiteral("NOBODY"), QStringLiteral("X"), QStringLiteral("1")));
   }
   EXPECT_EQ(countRows(m_dir.filePath(QStringLiteral("inuse/adjustacc.sqlite")), QStringLiteral("OFFICER")), 1);
   EXPECT_GT(countRows(m_dir.filePath(QStringLiteral("unfilled/adjustacc.sqlite")), QStringLiteral("OFFICER")), 1);
@@ -201,7 +171,7 @@ class EmbeddedLinkTimeoutTest : public EmbeddedLinkTest, public ::testing::WithP
 TEST_P(EmbeddedLinkTimeoutTest, RequestMessageSeesExactlyOneDataReady) {
   const TimeoutCase c = GetParam();
   const DemoFacts facts = prepareDemo();
-  EmbeddedLinkOptions o = options(facts.officer);
+  EmbeddedLinkOptions o = options(facts.officer());
   o.latencyMs = c.latencyMs;
   o.dropReplies = c.drop;
   EmbeddedLink link(o);
@@ -210,7 +180,7 @@ TEST_P(EmbeddedLinkTimeoutTest, RequestMessageSeesExactlyOneDataReady) {
   message.setReplyTo(QStringLiteral("ADJUSTACC"));
   message.setVersion(QStringLiteral("1"));
   message.setRequestCode(47);
-  message.setUser(facts.officer);
+  message.setUser(facts.officer());
   message.addParameter({QStringLiteral("MARVENTO"), QStringLiteral("key:REF_NBR"), QStringLiteral("="), facts.number});
   message.addParameter({QStringLiteral("MARVENTO"), QStringLiteral("key:REF_TYP_CD"), QStringLiteral("="), facts.type});
   message.setTimeoutInterval(c.timeoutMs);
@@ -250,12 +220,12 @@ TEST_F(EmbeddedLinkTest, UnusableDataFolderGivesFailingRepliesAndOneErrorSignal)
   EmbeddedLink link(o);
   QSignalSpy errors(&link, &EmbeddedLink::databaseError);
 
-  const Request first = inquiry(QStringLiteral("ANYONE"), QStringLiteral("X"), QStringLiteral("1"));
+  const Request first = accountInquiry(QStringLiteral("ANYONE"), QStringLiteral("X"), QStringLiteral("1"));
   const Reply reply = submitAndWait(link, first);
   EXPECT_FALSE(reply.ok());
   EXPECT_EQ(reply.requestId, first.requestId);
   EXPECT_TRUE(reply.error.contains(QStringLiteral("could not be"))) << qPrintable(reply.error);
-  submitAndWait(link, inquiry(QStringLiteral("ANYONE"), QStringLiteral("X"), QStringLiteral("1")));
+  submitAndWait(link, accountInquiry(QStringLiteral("ANYONE"), QStringLiteral("X"), QStringLiteral("1")));
   EXPECT_EQ(errors.count(), 1);
 }
 
@@ -263,16 +233,16 @@ TEST_F(EmbeddedLinkTest, DestroyingTheLinkWithRequestsInFlightClosesItsConnectio
   const DemoFacts facts = prepareDemo();
   const QStringList before = QSqlDatabase::connectionNames();
   {
-    EmbeddedLink link(options(facts.officer));
+    EmbeddedLink link(options(facts.officer()));
     QSignalSpy replies(&link, &HostLink::replyReady);
     for (int i = 0; i < 20; ++i) {
-      link.submit(inquiry(facts.officer, facts.type, facts.number));
+      link.submit(accountInquiry(facts.officer(), facts.type, facts.number));
     }
   }
   EXPECT_EQ(QSqlDatabase::connectionNames(), before);
   // The file is whole and usable again.
-  EmbeddedLink again(options(facts.officer));
-  EXPECT_TRUE(submitAndWait(again, inquiry(facts.officer, facts.type, facts.number)).ok());
+  EmbeddedLink again(options(facts.officer()));
+  EXPECT_TRUE(submitAndWait(again, accountInquiry(facts.officer(), facts.type, facts.number)).ok());
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -333,7 +303,7 @@ QByteArray httpAnswer(const QByteArray& statusLine, const QByteArray& contentTyp
 }
 
 TEST(RemoteLinkTest, SendsTheRequestAsJsonWithTheTokenAndDeliversTheDecodedReply) {
-  Request request = inquiry(QStringLiteral("OFFICER1"), QStringLiteral("CIT"), QStringLiteral("2000001"));
+  Request request = accountInquiry(QStringLiteral("OFFICER1"), QStringLiteral("CIT"), QStringLiteral("2000001"));
   request.records = {{QStringLiteral("ADJUSTAR"), {}}};
   request.records[0].records.append(messaging::SaveRecord());
   request.records[0].records[0].setField(QStringLiteral("ACTION"), QVariant());
@@ -379,7 +349,7 @@ class RemoteLinkFailureTest : public ::testing::TestWithParam<PeerFailure> {};
 
 TEST_P(RemoteLinkFailureTest, BecomesAFailingReplyForTheRequest) {
   const PeerFailure c = GetParam();
-  const Request request = inquiry(QStringLiteral("OFFICER1"), QStringLiteral("CIT"), QStringLiteral("2000001"));
+  const Request request = accountInquiry(QStringLiteral("OFFICER1"), QStringLiteral("CIT"), QStringLiteral("2000001"));
   ScriptedHttpPeer peer([&](const QByteArray&, const QByteArray&) { return c.answer(request); });
   RemoteLink link(peer.url(), QStringLiteral("token"));
   link.setTransferTimeout(300);
@@ -434,7 +404,7 @@ TEST(RemoteLinkTest, DeadHostGivesAFailingReply) {
     port = probe.serverPort();
   }
   RemoteLink link(QUrl(QStringLiteral("http://127.0.0.1:%1").arg(port)), QStringLiteral("token"));
-  const Request request = inquiry(QStringLiteral("OFFICER1"), QStringLiteral("CIT"), QStringLiteral("2000001"));
+  const Request request = accountInquiry(QStringLiteral("OFFICER1"), QStringLiteral("CIT"), QStringLiteral("2000001"));
   const Reply reply = submitAndWait(link, request);
   EXPECT_FALSE(reply.ok());
   EXPECT_EQ(reply.requestId, request.requestId);

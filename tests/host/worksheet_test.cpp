@@ -176,13 +176,7 @@ TEST_P(Worksheets, StepsOutOfOrderInAnotherNameOrWithoutTheRightAreRefused) {
                                      {{QStringLiteral("STTS_CD"), QStringLiteral("V")}, {QStringLiteral("VOID_ID"), demo::Admin}}),
        u"can not be voided or saved"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const QString before = fingerprint();
-    const Reply reply = send(c.request);
-    EXPECT_TRUE(reply.error.contains(QString::fromUtf16(c.expected))) << reply.error.toStdString();
-    EXPECT_EQ(fingerprint(), before);
-  }
+  expectEachRefused(cases);
 }
 
 TEST_P(Worksheets, APreparedWorksheetNeedsAnIssuedUnusedNumberAndOpenConfirmedExcess) {
@@ -197,13 +191,7 @@ TEST_P(Worksheets, APreparedWorksheetNeedsAnIssuedUnusedNumberAndOpenConfirmedEx
       {"more than the open excess", prepare(refund, QStringLiteral("150.01")), u"more than the open excess of $150.00"},
       {"no amount", prepare(refund, QStringLiteral("0")), u"must be above $0.00"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const QString before = fingerprint();
-    const Reply reply = send(c.request);
-    EXPECT_TRUE(reply.error.contains(QString::fromUtf16(c.expected))) << reply.error.toStdString();
-    EXPECT_EQ(fingerprint(), before);
-  }
+  expectEachRefused(cases);
   ok(prepare(refund, QStringLiteral("150.00")));
   EXPECT_TRUE(send(prepare(refund, QStringLiteral("1.00"))).error.contains(QStringLiteral("already exists")));
 }

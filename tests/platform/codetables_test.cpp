@@ -4,6 +4,7 @@
 #include "platform/clock.h"
 #include "platform/sqlcodelookup.h"
 #include "platform/sqlcodetablesource.h"
+#include "platform/troopdistricts.h"
 #include "platform/user.h"
 
 #include <QCoreApplication>
@@ -282,6 +283,39 @@ TEST_P(CodeTablesTest, LookupDescribesEndedCodesAndPrefersTheOfficersRegion) {
   User south(QStringLiteral("OFC2"), QStringLiteral("Sam Officer"), QStringLiteral("SOUTH"));
   SqlCodeLookup southLookup(m_connection, south);
   EXPECT_EQ(southLookup.description(QStringLiteral("FORMDOC"), QStringLiteral("C")), u"SOUTHERN CITATION");
+}
+
+TEST_P(CodeTablesTest, LookupGoesByTheRowInEffectTodayAndSaysWhatMayStillBeChosen) {
+  User north(QStringLiteral("OFC1"), QStringLiteral("Pat Officer"), QStringLiteral("NORTH"));
+  // A renaming that starts tomorrow, and a troop and a troop/district pair that have ended.
+  insert(u"CSTATUS", u"O", u"OPEN", u"2000-01-01", nullptr, u"NORTH");
+  insert(u"CSTATUS", u"O", u"OPEN ACCOUNT", u"2024-03-08", nullptr, u"NORTH");
+  insert(u"CSTATUS", u"K", u"CLOSED", u"2000-01-01", u"2010-12-31", u"NORTH");
+  insert(u"CSTATUS", u"K", u"CLOSED OUT", u"2011-01-01", u"2020-12-31", u"NORTH");
+  insert(u"TROOP", u"A", u"TROOP A", u"2000-01-01", nullptr, u"NORTH");
+  insert(u"TROOP", u"B", u"TROOP B", u"2000-01-01", u"2024-03-06", u"NORTH");
+  insert(u"TRPDSTRCT", u"A12", u"TROOP A DISTRICT 12", u"2000-01-01", nullptr, u"NORTH");
+  insert(u"TRPDSTRCT", u"A13", u"TROOP A DISTRICT 13", u"2024-03-08", nullptr, u"NORTH");
+  SqlCodeLookup lookup(m_connection, north, &m_clock);
+
+  EXPECT_EQ(lookup.description(QStringLiteral("CSTATUS"), QStringLiteral("O")), u"OPEN");
+  EXPECT_EQ(lookup.description(QStringLiteral("CSTATUS"), QStringLiteral("K")), u"CLOSED OUT");  // ended last
+  EXPECT_TRUE(lookup.inEffect(QStringLiteral("CSTATUS"), QStringLiteral("o")));
+  EXPECT_FALSE(lookup.inEffect(QStringLiteral("CSTATUS"), QStringLiteral("K")));
+  EXPECT_TRUE(lookup.inEffect(QStringLiteral("FORMDOC"), QStringLiteral("P")));   // ends today
+  EXPECT_FALSE(lookup.inEffect(QStringLiteral("FORMDOC"), QStringLiteral("T")));  // starts tomorrow
+  EXPECT_FALSE(lookup.inEffect(QStringLiteral("FORMDOC"), QStringLiteral("Q")));  // not held
+
+  TroopDistricts troops(lookup);
+  EXPECT_TRUE(troops.isValidTroop(QStringLiteral("a")));
+  EXPECT_FALSE(troops.isValidTroop(QStringLiteral("B")));
+  EXPECT_TRUE(troops.isValidPair(QStringLiteral("A"), QStringLiteral("12")));
+  EXPECT_FALSE(troops.isValidPair(QStringLiteral("A"), QStringLiteral("13")));
+
+  // The next day the renaming and the new district are in effect, without the cache being cleared.
+  m_clock.setFixed(QDateTime(kToday.addDays(1), QTime(8, 0)));
+  EXPECT_EQ(lookup.description(QStringLiteral("CSTATUS"), QStringLiteral("O")), u"OPEN ACCOUNT");
+  EXPECT_TRUE(troops.isValidPair(QStringLiteral("A"), QStringLiteral("13")));
 }
 
 TEST_P(CodeTablesTest, LookupReadsEachTableOnceUntilTheCacheIsCleared) {

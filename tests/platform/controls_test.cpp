@@ -5,7 +5,9 @@
 #include "platform/controlarray.h"
 #include "platform/datepicker.h"
 #include "platform/frame.h"
+#include "platform/keyfilters.h"
 #include "platform/label.h"
+#include "platform/memorycodelookup.h"
 #include "platform/optionbutton.h"
 #include "platform/textbox.h"
 #include "platform/timer.h"
@@ -286,6 +288,83 @@ TEST(TextBox, TheKeyPressHandlerCanChangeOrRefuseTypedKeys) {
   EXPECT_EQ(box.userKeyPress('-'), 0);
   EXPECT_TRUE(box.userType(s("a1-2")));
   EXPECT_EQ(box.text(), s("A12"));
+}
+
+// Keys typed in one go meet the box as a keyboard would deliver them: each judged by the screen's filter against
+// the text the earlier keys left, each firing Change.
+struct TypingCase {
+  const char* name;
+  adjustacc::platform::KeyRule rule;
+  int maxLength;
+  const char16_t* typed;
+  QStringList changes;  // the text after each key that changed it; the last is the box's text
+};
+
+void PrintTo(const TypingCase& c, std::ostream* os) { *os << c.name; }
+
+class TextBoxTyping : public ::testing::TestWithParam<TypingCase> {};
+
+using adjustacc::platform::KeyRule;
+
+TEST_P(TextBoxTyping, EachKeyIsJudgedAgainstTheTextTypedSoFar) {
+  using adjustacc::platform::KeyContext;
+  using adjustacc::platform::KeyFilters;
+  adjustacc::platform::MemoryCodeLookup codes;
+  const KeyFilters filters(codes);
+  const TypingCase& c = GetParam();
+  TextBox box(s("mTxt"));
+  box.setMaxLength(c.maxLength);
+  int keysSeen = 0;
+  box.setKeyPressHandler([&](int& key) {
+    ++keysSeen;
+    const QChar typed(static_cast<char16_t>(key));
+    if (!filters.accepts(c.rule, typed, KeyContext{box.text()})) {
+      key = 0;
+    } else if (c.rule == KeyRule::TroopDistrict) {
+      key = KeyFilters::troopDistrictKey(typed).unicode();
+    }
+  });
+  QSignalSpy changes(&box, &TextBox::textChanged);
+  ASSERT_TRUE(box.userType(QString::fromUtf16(c.typed)));
+  QStringList seen;
+  for (const QList<QVariant>& change : changes) {
+    seen.append(change.at(0).toString());
+  }
+  EXPECT_EQ(seen, c.changes);
+  EXPECT_EQ(box.text(), c.changes.value(c.changes.size() - 1));
+  EXPECT_EQ(keysSeen, QString::fromUtf16(c.typed).size()) << "the filter sees every key, a full box's too";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Keys, TextBoxTyping,
+    ::testing::Values(
+        TypingCase{"OneDecimalPoint", KeyRule::Money, 0, u"1.2.3", {s("1"), s("1."), s("1.2"), s("1.23")}},
+        TypingCase{"TwoDigitsOfCents", KeyRule::Money, 0, u"$5.678", {s("$"), s("$5"), s("$5."), s("$5.6"), s("$5.67")}},
+        TypingCase{"TroopLetterOnlyFirst", KeyRule::TroopDistrict, 0, u"a1b2", {s("A"), s("A1"), s("A12")}},
+        TypingCase{"MaximumLength", KeyRule::Numeric, 3, u"12345", {s("1"), s("12"), s("123")}},
+        TypingCase{"BackspaceMakesRoom", KeyRule::Numeric, 2, u"123\b4", {s("1"), s("12"), s("1"), s("14")}},
+        TypingCase{"BackspaceLetsTheDecimalPointBackIn", KeyRule::Money, 0, u"1.\b.5",
+                   {s("1"), s("1."), s("1"), s("1."), s("1.5")}}),
+    [](const ::testing::TestParamInfo<TypingCase>& row) { return std::string(row.param.name); });
+
+TEST(TextBox, TypingStopsWhenAChangeLocksTheBoxAndLineKeysNeedAMultiLineBox) {
+  TextBox box(s("mTxt"));
+  QObject::connect(&box, &TextBox::textChanged, &box, [&box](const QString& text) {
+    if (text.size() == 2) {
+      box.setLocked(true);  // as a screen locks a box once it holds enough
+    }
+  });
+  EXPECT_FALSE(box.userType(s("abcd")));
+  EXPECT_EQ(box.text(), s("ab"));
+  EXPECT_FALSE(box.userType(s("e")));
+
+  TextBox single(s("mTxt"));
+  EXPECT_TRUE(single.userType(s("a\tb\r\nc\x01")));
+  EXPECT_EQ(single.text(), s("abc"));
+  TextBox comment(s("mTxtComment"));
+  comment.setMultiLine(true);
+  EXPECT_TRUE(comment.userType(s("a\tb\r\nc\x01")));
+  EXPECT_EQ(comment.text(), s("a\tb\r\nc"));
 }
 
 // --- options, frames, buttons, labels ------------------------------------------------------------------

@@ -60,6 +60,20 @@ void addReceivableColumns(Grid& grid) {
   grid.addColumn(s("ASSMT_AMT"), s("Amount Due"), s("DUE_AMT")).setDisplay(GridColumn::Display::Currency);
 }
 
+// The receivables above in a grid laid out as the document's list, bound to them through a data control.
+class BoundGrid : public ::testing::Test {
+protected:
+  BoundGrid() {
+    adodc.setRecordset(rs);
+    addReceivableColumns(grid);
+    grid.setDataSource(&adodc);
+  }
+
+  Adodc adodc{s("mAdodc1")};
+  std::shared_ptr<RecordSet> rs = receivables();
+  Grid grid{s("mSdgDBGrid")};
+};
+
 }  // namespace
 
 // --- rows added as text -------------------------------------------------------------------------------
@@ -326,14 +340,7 @@ TEST(Grid, RemovingOtherRowsKeepsTheCurrentRowAndDropsThemFromTheSelection) {
 
 // --- RowLoaded ---------------------------------------------------------------------------------------------
 
-TEST(Grid, RowLoadedFormatsEachRowOnceWithNoViewAndWritesDisplayValuesOnly) {
-  Adodc adodc(s("mAdodc1"));
-  auto rs = receivables();
-  adodc.setRecordset(rs);
-  Grid grid(s("mSdgDBGrid"));
-  addReceivableColumns(grid);
-  grid.setDataSource(&adodc);
-
+TEST_F(BoundGrid, RowLoadedFormatsEachRowOnceWithNoViewAndWritesDisplayValuesOnly) {
   QList<qint64> loaded;
   grid.setRowLoadedHandler([&](Grid::Bookmark bookmark) {
     loaded.append(bookmark);
@@ -359,13 +366,7 @@ TEST(Grid, RowLoadedFormatsEachRowOnceWithNoViewAndWritesDisplayValuesOnly) {
   EXPECT_EQ(rs->valueAt(0, s("DUE_AMT")).toString(), s("10.00"));
 }
 
-TEST(Grid, RowLoadedRunsAgainAfterTheRecordSetChangesOrTheGridIsRefreshed) {
-  Adodc adodc(s("mAdodc1"));
-  auto rs = receivables();
-  adodc.setRecordset(rs);
-  Grid grid(s("g"));
-  addReceivableColumns(grid);
-  grid.setDataSource(&adodc);
+TEST_F(BoundGrid, RowLoadedRunsAgainAfterTheRecordSetChangesOrTheGridIsRefreshed) {
   int runs = 0;
   grid.setRowLoadedHandler([&](Grid::Bookmark) {
     ++runs;
@@ -397,13 +398,7 @@ TEST(Grid, AHandlerReadingAnotherRowGetsItUnformattedInsteadOfRecursing) {
 
 // --- bound grids -------------------------------------------------------------------------------------------
 
-TEST(Grid, ABoundGridFollowsTheRecordSetsSortFilterAndCursor) {
-  Adodc adodc(s("mAdodc2"));
-  auto rs = receivables();
-  adodc.setRecordset(rs);
-  Grid grid(s("g"));
-  addReceivableColumns(grid);
-  grid.setDataSource(&adodc);
+TEST_F(BoundGrid, ABoundGridFollowsTheRecordSetsSortFilterAndCursor) {
   ASSERT_EQ(grid.rows(), 3);
 
   grid.selectRow(0);  // account 300
@@ -430,14 +425,7 @@ TEST(Grid, ABoundGridFollowsTheRecordSetsSortFilterAndCursor) {
   EXPECT_EQ(walked, 2);
 }
 
-TEST(Grid, WritesToBoundColumnsReachTheSetAndOthersStayInTheGrid) {
-  Adodc adodc(s("mAdodc1"));
-  auto rs = receivables();
-  adodc.setRecordset(rs);
-  Grid grid(s("g"));
-  addReceivableColumns(grid);
-  grid.setDataSource(&adodc);
-
+TEST_F(BoundGrid, WritesToBoundColumnsReachTheSetAndOthersStayInTheGrid) {
   grid.setRow(1);
   EXPECT_TRUE(grid.column(s("ASSMT_AMT")).setValue(s("99.00")));
   EXPECT_TRUE(grid.column(s("FORM_DESC")).setValue(s("noted")));
@@ -447,14 +435,7 @@ TEST(Grid, WritesToBoundColumnsReachTheSetAndOthersStayInTheGrid) {
   EXPECT_TRUE(grid.cellValue(0, 1).isNull());
 }
 
-TEST(Grid, ThePersonsEditOfABoundCellIsPendingUntilUpdate) {
-  Adodc adodc(s("mAdodc2"));
-  auto rs = receivables();
-  adodc.setRecordset(rs);
-  Grid grid(s("g"));
-  addReceivableColumns(grid);
-  grid.setDataSource(&adodc);
-
+TEST_F(BoundGrid, ThePersonsEditOfABoundCellIsPendingUntilUpdate) {
   ASSERT_TRUE(grid.userEditCell(2, 2, s("C")));
   EXPECT_EQ(grid.cellText(2, 2), s("C"));
   EXPECT_TRUE(rs->isNullAt(2, 1));
@@ -545,13 +526,7 @@ TEST(Grid, RowSignalsAnnounceTheCountAViewMayReport) {
   EXPECT_EQ(countsSeen, (QList<int>{0, 1, 1, 2, 2, 1}));
 }
 
-TEST(Grid, AChangeBehindABoundGridIsAnnouncedToTheViewFromTheEventLoop) {
-  Adodc adodc(s("mAdodc1"));
-  auto rs = receivables();
-  adodc.setRecordset(rs);
-  Grid grid(s("g"));
-  addReceivableColumns(grid);
-  grid.setDataSource(&adodc);
+TEST_F(BoundGrid, AChangeBehindABoundGridIsAnnouncedToTheViewFromTheEventLoop) {
   QSignalSpy resets(&grid, &Grid::wasReset);
 
   rs->setFilter(s("ACCT_RCVBL_NBR = 100"));
