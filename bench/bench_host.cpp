@@ -730,6 +730,10 @@ Throughput daemonThroughput() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // The service runs here as adjustacc-host runs it: on Qt's own event loop rather than GLib's.
+  if (!qEnvironmentVariableIsSet("QT_NO_GLIB")) {
+    qputenv("QT_NO_GLIB", "1");
+  }
   QCoreApplication app(argc, argv);
   // The repetitions of the benchmarks are taken in random turns unless the command line says otherwise.
   std::vector<char*> arguments(argv, argv + argc);
