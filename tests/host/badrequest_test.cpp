@@ -13,6 +13,8 @@
 namespace adjustacc::host::testing {
 namespace {
 
+using namespace Qt::Literals::StringLiterals;
+
 using messaging::Reply;
 
 class BadRequests : public HostTest {
@@ -20,42 +22,35 @@ protected:
   // A valid activity save on 1000011 whose fields the cases spoil.
   RequestBuilder activity(const QString& comment, const QString& user = demo::Admin) {
     RequestBuilder request(41, user);
-    request.param(QStringLiteral("key:REF_NBR"), QStringLiteral("1000011"))
-        .param(QStringLiteral("key:REF_TYP_CD"), QStringLiteral("C"))
-        .param(QStringLiteral("key:LPO"), QStringLiteral("NO"))
-        .record(QStringLiteral("ACCOUNTACTIVITY"), {{QStringLiteral("ACTION"), QStringLiteral("ADD")},
-                                                    {QStringLiteral("ACTVTY_DT"), today().toString(Qt::ISODate)},
-                                                    {QStringLiteral("ACCT_ACTVTY_CD"), QStringLiteral("NTE")},
-                                                    {QStringLiteral("ACTVTY_CMMT_TXT"), comment}});
+    request.param(u"key:REF_NBR"_s, u"1000011"_s).param(u"key:REF_TYP_CD"_s, u"C"_s).param(u"key:LPO"_s, u"NO"_s);
+    request.record(u"ACCOUNTACTIVITY"_s, {{u"ACTION"_s, u"ADD"_s},
+                                          {u"ACTVTY_DT"_s, today().toString(Qt::ISODate)},
+                                          {u"ACCT_ACTVTY_CD"_s, u"NTE"_s},
+                                          {u"ACTVTY_CMMT_TXT"_s, comment}});
     return request;
   }
-  static RequestBuilder account() {
-    RequestBuilder request(47);
-    request.param(QStringLiteral("key:REF_NBR"), QStringLiteral("1000011"))
-        .param(QStringLiteral("key:REF_TYP_CD"), QStringLiteral("C"));
-    return request;
-  }
+  static RequestBuilder account() { return accountRequest(u"1000011"_s); }
 };
 
 TEST_P(BadRequests, AreAnsweredWithAClearRefusalAndWriteNothing) {
   messaging::Request wrongSystem = account();
-  wrongSystem.params[0].system = QStringLiteral("OTHER");
+  wrongSystem.params[0].system = u"OTHER"_s;
   messaging::Request wrongOperator = account();
-  wrongOperator.params[1].op = QStringLiteral("<>");
-  messaging::Request noId = activity(QStringLiteral("x"));
+  wrongOperator.params[1].op = u"<>"_s;
+  messaging::Request noId = activity(u"x"_s);
   noId.requestId.clear();
-  messaging::Request unknownSet = activity(QStringLiteral("x"));
-  unknownSet.records.append({QStringLiteral("PAYROLL"), {messaging::SaveRecord()}});
-  unknownSet.records.last().records.first().setField(QStringLiteral("AMOUNT"), QStringLiteral("1"));
-  messaging::Request unknownField = activity(QStringLiteral("x"));
-  unknownField.records[0].records[0].setField(QStringLiteral("DROP_TABLE"), QStringLiteral("1"));
-  messaging::Request badDate = activity(QStringLiteral("x"));
-  badDate.records[0].records[0].setField(QStringLiteral("ACTVTY_DT"), QStringLiteral("31/12/2020"));
-  messaging::Request brokenText = activity(QStringLiteral("x"));
-  brokenText.records[0].records[0].setField(QStringLiteral("ACTVTY_CMMT_TXT"), QString(QChar(0xD800)) + u'x');
-  messaging::Request inquiryWithRecords = RequestBuilder(62).param(QStringLiteral("key:CUST_ID"), QStringLiteral("100001"));
-  inquiryWithRecords.records.append({QStringLiteral("ADJUSTAR"), {messaging::SaveRecord()}});
-  inquiryWithRecords.records.last().records.first().setField(QStringLiteral("ACTION"), QStringLiteral("ADD"));
+  messaging::Request unknownSet = activity(u"x"_s);
+  unknownSet.records.append({u"PAYROLL"_s, {messaging::SaveRecord()}});
+  unknownSet.records.last().records.first().setField(u"AMOUNT"_s, u"1"_s);
+  messaging::Request unknownField = activity(u"x"_s);
+  unknownField.records[0].records[0].setField(u"DROP_TABLE"_s, u"1"_s);
+  messaging::Request badDate = activity(u"x"_s);
+  badDate.records[0].records[0].setField(u"ACTVTY_DT"_s, u"31/12/2020"_s);
+  messaging::Request brokenText = activity(u"x"_s);
+  brokenText.records[0].records[0].setField(u"ACTVTY_CMMT_TXT"_s, QString(QChar(0xD800)) + u'x');
+  messaging::Request inquiryWithRecords = RequestBuilder(62).param(u"key:CUST_ID"_s, u"100001"_s);
+  inquiryWithRecords.records.append({u"ADJUSTAR"_s, {messaging::SaveRecord()}});
+  inquiryWithRecords.records.last().records.first().setField(u"ACTION"_s, u"ADD"_s);
 
   const struct {
     const char* name;
@@ -65,28 +60,30 @@ TEST_P(BadRequests, AreAnsweredWithAClearRefusalAndWriteNothing) {
   } cases[] = {
       {"unknown code", RequestBuilder(99), {}, u"Request code 99 is not a request this host answers."},
       {"no parameters", RequestBuilder(47), {}, u"is not a request this host answers"},
-      {"missing parameter", RequestBuilder(47).param(QStringLiteral("key:REF_NBR"), QStringLiteral("1000011")), {},
+      {"missing parameter",
+       RequestBuilder(47).param(u"key:REF_NBR"_s, u"1000011"_s),
+       {},
        u"needs the parameter key:REF_TYP_CD"},
-      {"unknown parameter", account().param(QStringLiteral("key:FOO"), QStringLiteral("1")), {},
-       u"does not take the parameter \"key:FOO\""},
-      {"parameter twice", account().param(QStringLiteral("key:REF_TYP_CD"), QStringLiteral("O")), {}, u"is given twice"},
+      {"unknown parameter", account().param(u"key:FOO"_s, u"1"_s), {}, u"does not take the parameter \"key:FOO\""},
+      {"parameter twice", account().param(u"key:REF_TYP_CD"_s, u"O"_s), {}, u"is given twice"},
       {"other system", wrongSystem, {}, u"this host answers system MARVENTO"},
       {"other operator", wrongOperator, {}, u"only \"=\" is supported"},
-      {"oversized parameter", RequestBuilder(62).param(QStringLiteral("key:CUST_NM"), QString(65, u'A')), {},
+      {"oversized parameter",
+       RequestBuilder(62).param(u"key:CUST_NM"_s, QString(65, u'A')),
+       {},
        u"is longer than 64 characters"},
-      {"control character", RequestBuilder(62).param(QStringLiteral("key:CUST_NM"), QStringLiteral("AB\x01")), {},
-       u"holds a control character"},
+      {"control character", RequestBuilder(62).param(u"key:CUST_NM"_s, u"AB\x01"_s), {}, u"holds a control character"},
       {"oversized comment", activity(QString(2001, u'x')), {}, u"is longer than 2000 characters"},
-      {"control character in a comment", activity(QStringLiteral("a\x1b[2Jb")), {}, u"holds a control character"},
+      {"control character in a comment", activity(u"a\x1b[2Jb"_s), {}, u"holds a control character"},
       {"broken character", brokenText, {}, u"holds a broken character"},
       {"unknown record set", unknownSet, {}, u"\"PAYROLL\", which this system does not save"},
       {"unknown field", unknownField, {}, u"has a field \"DROP_TABLE\""},
       {"malformed date", badDate, {}, u"a date written yyyy-mm-dd is expected"},
       {"inquiry with records", inquiryWithRecords, {}, u"takes no save records"},
       {"no request id", noId, {}, u"carries no request id"},
-      {"another officer's name", activity(QStringLiteral("x")), demo::Clerk, u"signed-on officer is \"CLERK01\""},
-      {"unknown officer", activity(QStringLiteral("x"), QStringLiteral("NOBODY")), {}, u"is not known to the host"},
-      {"the system's own id", activity(QStringLiteral("x"), QStringLiteral("SYSTEM")), {}, u"is not known to the host"},
+      {"another officer's name", activity(u"x"_s), demo::Clerk, u"signed-on officer is \"CLERK01\""},
+      {"unknown officer", activity(u"x"_s, u"NOBODY"_s), {}, u"is not known to the host"},
+      {"the system's own id", activity(u"x"_s, u"SYSTEM"_s), {}, u"is not known to the host"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -97,58 +94,48 @@ TEST_P(BadRequests, AreAnsweredWithAClearRefusalAndWriteNothing) {
 }
 
 TEST_P(BadRequests, HostileTextIsStoredAsTextAndHarmsNothing) {
-  const QString hostile = QStringLiteral("x'); DROP TABLE CUSTOMER; -- \u00e9\U0001F600 \"quoted\" \\ %_");
+  const QString hostile = u"x'); DROP TABLE CUSTOMER; -- \u00e9\U0001F600 \"quoted\" \\ %_"_s;
   ok(activity(hostile));
-  EXPECT_EQ(value(QStringLiteral("SELECT ACTVTY_CMMT_TXT FROM ACCT_ACTVTY WHERE ACTVTY_CMMT_TXT LIKE 'x''); DROP%'"))
-                .toString(),
+  EXPECT_EQ(value(u"SELECT ACTVTY_CMMT_TXT FROM ACCT_ACTVTY WHERE ACTVTY_CMMT_TXT LIKE 'x''); DROP%'"_s).toString(),
             hostile);
-  EXPECT_EQ(count(QStringLiteral("SELECT COUNT(*) FROM CUSTOMER")), 6);
-  const Reply found = ok(RequestBuilder(62).param(QStringLiteral("key:CUST_NM"), QStringLiteral("' OR 1=1 --")));
-  EXPECT_EQ(rows(found, QStringLiteral("CUSTOMER")), 0);
+  EXPECT_EQ(count(u"SELECT COUNT(*) FROM CUSTOMER"_s), 6);
+  const Reply found = ok(RequestBuilder(62).param(u"key:CUST_NM"_s, u"' OR 1=1 --"_s));
+  EXPECT_EQ(rows(found, u"CUSTOMER"_s), 0);
 }
 
 TEST_P(BadRequests, AHostWithoutAnOpenDatabaseAnswersWithAnError) {
-  HostSystem closed(QStringLiteral("no-such-connection"));
+  HostSystem closed(u"no-such-connection"_s);
   const Reply reply = closed.handle(account(), demo::Admin);
-  EXPECT_TRUE(reply.error.contains(QStringLiteral("is not open")));
+  EXPECT_TRUE(reply.error.contains(u"is not open"_s));
 }
 
 TEST_P(BadRequests, EveryReplySectionMatchesTheCatalogue) {
   // Builders that name a field the catalogue lacks report it once they are first used; use them all.
   ok(account());
-  ok(RequestBuilder(47)
-         .param(QStringLiteral("key:REF_NBR"), QStringLiteral("1000011"))
-         .param(QStringLiteral("key:REF_TYP_CD"), QStringLiteral("C"))
-         .param(QStringLiteral("key:LPO"), QStringLiteral("NO")));
-  ok(RequestBuilder(47).param(QStringLiteral("key:RECEIPT_NBR"), QStringLiteral("8000005")));
-  ok(RequestBuilder(47)
-         .param(QStringLiteral("key:CUST_ID"), QStringLiteral("100003"))
-         .param(QStringLiteral("key:RCPT_NBR"), QStringLiteral("8000005")));
-  ok(RequestBuilder(47)
-         .param(QStringLiteral("key:CUST_ID"), QStringLiteral("100003"))
-         .param(QStringLiteral("key:REF_TYP_CD"), QStringLiteral("C")));
-  ok(RequestBuilder(41)
-         .param(QStringLiteral("key:ACCT_RCVBL_NBR"), QStringLiteral("1000011"))
-         .param(QStringLiteral("key:ACCT_RCVBL_TYP_CD"), QStringLiteral("C")));
-  ok(RequestBuilder(62).param(QStringLiteral("key:CUST_ID"), QStringLiteral("100001")));
-  ok(RequestBuilder(63).param(QStringLiteral("key:CD_TBL_ID"), QStringLiteral("FEE")));
+  ok(account().param(u"key:LPO"_s, u"NO"_s));
+  ok(RequestBuilder(47).param(u"key:RECEIPT_NBR"_s, u"8000005"_s));
+  ok(RequestBuilder(47).param(u"key:CUST_ID"_s, u"100003"_s).param(u"key:RCPT_NBR"_s, u"8000005"_s));
+  ok(RequestBuilder(47).param(u"key:CUST_ID"_s, u"100003"_s).param(u"key:REF_TYP_CD"_s, u"C"_s));
+  ok(RequestBuilder(41).param(u"key:ACCT_RCVBL_NBR"_s, u"1000011"_s).param(u"key:ACCT_RCVBL_TYP_CD"_s, u"C"_s));
+  ok(RequestBuilder(62).param(u"key:CUST_ID"_s, u"100001"_s));
+  ok(RequestBuilder(63).param(u"key:CD_TBL_ID"_s, u"FEE"_s));
   ok(RequestBuilder(64));
-  ok(RequestBuilder(74).param(QStringLiteral("key:CUST_ID"), QStringLiteral("100003")).param(QStringLiteral("key:REFUND_NBR"), QStringLiteral("3000002")));
-  ok(RequestBuilder(60).param(QStringLiteral("key:NBR_TYP_CD"), QStringLiteral("F")));
+  ok(RequestBuilder(74).param(u"key:CUST_ID"_s, u"100003"_s).param(u"key:REFUND_NBR"_s, u"3000002"_s));
+  ok(RequestBuilder(60).param(u"key:NBR_TYP_CD"_s, u"F"_s));
   EXPECT_EQ(sectionBuilderProblems(), QStringList());
 }
 
 // Several connections send the same save at the same moment (a link resending while the first is still
 // being applied): it is applied once and every sender gets the same answer.
 TEST_P(BadRequests, ConcurrentResendsAreAppliedOnce) {
-  const messaging::Request request = activity(QStringLiteral("Sent from several desks at once"));
+  const messaging::Request request = activity(u"Sent from several desks at once"_s);
   constexpr int kSenders = 4;
   std::vector<QString> errors(kSenders);
   std::atomic<int> ready{0};
   std::vector<std::thread> senders;
   for (int i = 0; i < kSenders; ++i) {
     senders.emplace_back([&, i] {
-      const QString connection = QStringLiteral("%1-sender-%2").arg(m_connection).arg(i);
+      const QString connection = u"%1-sender-%2"_s.arg(m_connection).arg(i);
       {
         auto opened = openDatabase(m_options, connection);
         if (!opened.ok()) {
@@ -173,10 +160,10 @@ TEST_P(BadRequests, ConcurrentResendsAreAppliedOnce) {
   for (const QString& error : errors) {
     EXPECT_EQ(error, QString());
   }
-  EXPECT_EQ(count(QStringLiteral("SELECT COUNT(*) FROM ACCT_ACTVTY WHERE ACTVTY_CMMT_TXT = ?"),
-                  {QStringLiteral("Sent from several desks at once")}),
-            1);
-  EXPECT_EQ(count(QStringLiteral("SELECT COUNT(*) FROM REQUEST_LOG WHERE REQUEST_ID = ?"), {request.requestId}), 1);
+  EXPECT_EQ(
+      count(u"SELECT COUNT(*) FROM ACCT_ACTVTY WHERE ACTVTY_CMMT_TXT = ?"_s, {u"Sent from several desks at once"_s}),
+      1);
+  EXPECT_EQ(count(u"SELECT COUNT(*) FROM REQUEST_LOG WHERE REQUEST_ID = ?"_s, {request.requestId}), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Databases, BadRequests, ::testing::Values(Backend::Sqlite, Backend::Postgres), backendName);

@@ -28,6 +28,8 @@ inline void PrintTo(const QString& text, std::ostream* os) { *os << '"' << text.
 
 namespace adjustacc::host::testing {
 
+using namespace Qt::Literals::StringLiterals;
+
 enum class Backend { Sqlite, Postgres };
 
 inline std::string backendName(const ::testing::TestParamInfo<Backend>& info) {
@@ -42,13 +44,13 @@ public:
   explicit RequestBuilder(int code, const QString& user = demo::Admin) {
     m_request.code = code;
     m_request.user = user;
-    m_request.replyTo = QStringLiteral("adjustacc");
-    m_request.version = QStringLiteral("1.0");
+    m_request.replyTo = u"adjustacc"_s;
+    m_request.version = u"1.0"_s;
     static int counter = 0;
-    m_request.requestId = QStringLiteral("test-%1").arg(++counter);
+    m_request.requestId = u"test-%1"_s.arg(++counter);
   }
   RequestBuilder& param(const QString& key, const QString& value) {
-    m_request.params.append({QStringLiteral("MARVENTO"), key, QStringLiteral("="), value});
+    m_request.params.append({u"MARVENTO"_s, key, u"="_s, value});
     return *this;
   }
   RequestBuilder& record(const QString& name, const Fields& fields) {
@@ -76,11 +78,18 @@ private:
   messaging::Request m_request;
 };
 
+// The account inquiry (request 47) for the receivables filed under a reference.
+inline RequestBuilder accountRequest(const QString& number, const QString& type = u"C"_s) {
+  RequestBuilder request(47);
+  request.param(u"key:REF_NBR"_s, number).param(u"key:REF_TYP_CD"_s, type);
+  return request;
+}
+
 class HostTest : public ::testing::TestWithParam<Backend> {
 protected:
   void SetUp() override {
     static int counter = 0;
-    m_connection = QStringLiteral("hosttest-%1").arg(++counter);
+    m_connection = u"hosttest-%1"_s.arg(++counter);
     DatabaseOptions options;
     if (GetParam() == Backend::Postgres) {
       const QByteArray env = qgetenv("ADJUSTACC_TEST_PG");
@@ -90,11 +99,11 @@ protected:
       auto parsed = DatabaseOptions::fromPostgresConnectionString(QString::fromLocal8Bit(env));
       ASSERT_TRUE(parsed.ok()) << parsed.error().toStdString();
       options = parsed.value();
-      options.schema = QStringLiteral("hosttest_%1_%2").arg(QCoreApplication::applicationPid()).arg(counter);
+      options.schema = u"hosttest_%1_%2"_s.arg(QCoreApplication::applicationPid()).arg(counter);
       m_schema = options.schema;
     } else {
       ASSERT_TRUE(m_dir.isValid());
-      options.databaseName = m_dir.filePath(QStringLiteral("host.sqlite"));
+      options.databaseName = m_dir.filePath(u"host.sqlite"_s);
     }
     m_options = options;
     auto opened = openDatabase(options, m_connection);
@@ -114,7 +123,7 @@ protected:
         QSqlDatabase db = QSqlDatabase::database(m_connection, false);
         if (!m_schema.isEmpty() && db.isOpen()) {
           QSqlQuery drop(db);
-          drop.exec(QStringLiteral("DROP SCHEMA %1 CASCADE").arg(m_schema));
+          drop.exec(u"DROP SCHEMA %1 CASCADE"_s.arg(m_schema));
         }
         db.close();
       }
@@ -180,15 +189,12 @@ protected:
     for (const char* table : {"ACCT_RCVBL", "VLTN_ASSMT", "RCPT", "PYMT", "OVR_PYMT", "RFND_WRKSHT", "ACCT_ACTVTY",
                               "ADJSTMT", "ASSMT_ADJSTMT", "LPO_DTL", "NBR_ISSUED", "REQUEST_LOG", "AUDIT_TRAIL"}) {
       const QString name = QString::fromLatin1(table);
-      parts.append(name + u'=' + QString::number(count(QStringLiteral("SELECT COUNT(*) FROM ") + name)));
+      parts.append(name + u'=' + QString::number(count(u"SELECT COUNT(*) FROM "_s + name)));
     }
-    parts.append(QStringLiteral("versions=") +
-                 QString::number(count(QStringLiteral("SELECT SUM(ROW_VRSN_NBR) FROM ACCT_RCVBL")) +
-                                 count(QStringLiteral("SELECT SUM(ROW_VRSN_NBR) FROM VLTN_ASSMT")) +
-                                 count(QStringLiteral("SELECT SUM(ROW_VRSN_NBR) FROM PYMT")) +
-                                 count(QStringLiteral("SELECT SUM(ROW_VRSN_NBR) FROM OVR_PYMT")) +
-                                 count(QStringLiteral("SELECT SUM(ROW_VRSN_NBR) FROM RCPT")) +
-                                 count(QStringLiteral("SELECT SUM(ROW_VRSN_NBR) FROM RFND_WRKSHT"))));
+    for (const char* table : {"ACCT_RCVBL", "VLTN_ASSMT", "PYMT", "OVR_PYMT", "RCPT", "RFND_WRKSHT"}) {
+      const QString name = QString::fromLatin1(table);
+      parts.append(name + u"@"_s + QString::number(count(u"SELECT SUM(ROW_VRSN_NBR) FROM "_s + name)));
+    }
     return parts.join(u' ');
   }
 
@@ -216,6 +222,15 @@ inline QString cell(const messaging::Reply& reply, const QString& section, int r
 inline int rows(const messaging::Reply& reply, const QString& section) {
   const auto it = reply.sections.constFind(section);
   return it == reply.sections.constEnd() ? -1 : it->recordCount();
+}
+
+// One field of every row of a section, in the reply's order.
+inline QStringList column(const messaging::Reply& reply, const QString& section, const QString& field) {
+  QStringList values;
+  for (int row = 0; row < rows(reply, section); ++row) {
+    values.append(cell(reply, section, row, field));
+  }
+  return values;
 }
 
 // The row of a section whose field holds the value, or -1.

@@ -15,16 +15,18 @@
 
 namespace adjustacc::host::testing {
 
+using namespace Qt::Literals::StringLiterals;
+
 // The account inquiry (request 47) for the account filed under a reference, with a fresh request id.
 inline messaging::Request accountInquiry(const QString& user, const QString& type, const QString& number) {
   messaging::Request request;
-  request.replyTo = QStringLiteral("ADJUSTACC");
-  request.version = QStringLiteral("1");
+  request.replyTo = u"ADJUSTACC"_s;
+  request.version = u"1"_s;
   request.code = 47;
   request.user = user;
   request.requestId = QUuid::createUuid().toString(QUuid::WithoutBraces);
-  request.params = {{QStringLiteral("MARVENTO"), QStringLiteral("key:REF_NBR"), QStringLiteral("="), number},
-                    {QStringLiteral("MARVENTO"), QStringLiteral("key:REF_TYP_CD"), QStringLiteral("="), type}};
+  request.params = {{u"MARVENTO"_s, u"key:REF_NBR"_s, u"="_s, number},
+                    {u"MARVENTO"_s, u"key:REF_TYP_CD"_s, u"="_s, type}};
   return request;
 }
 
@@ -34,7 +36,7 @@ inline messaging::Reply submitAndWait(messaging::HostLink& link, const messaging
   QSignalSpy replies(&link, &messaging::HostLink::replyReady);
   link.submit(request);
   if (!replies.wait(waitMs)) {
-    return messaging::Reply::failure(request.replyTo, request.requestId, QStringLiteral("no reply in the test's time"));
+    return messaging::Reply::failure(request.replyTo, request.requestId, u"no reply in the test's time"_s);
   }
   return replies.takeFirst().at(0).value<messaging::Reply>();
 }
@@ -52,12 +54,12 @@ struct DemoFacts {
 inline DemoFacts readDemoFacts(const QSqlDatabase& db) {
   DemoFacts facts;
   QSqlQuery query(db);
-  if (query.exec(QStringLiteral("SELECT OFFICER_ID FROM OFFICER ORDER BY OFFICER_ID"))) {
+  if (query.exec(u"SELECT OFFICER_ID FROM OFFICER ORDER BY OFFICER_ID"_s)) {
     while (query.next()) {
       facts.officers.append(query.value(0).toString());
     }
   }
-  if (query.exec(QStringLiteral("SELECT REF_TYP_CD, REF_NBR FROM ACCT_RCVBL ORDER BY ACCT_RCVBL_ID")) && query.next()) {
+  if (query.exec(u"SELECT REF_TYP_CD, REF_NBR FROM ACCT_RCVBL ORDER BY ACCT_RCVBL_ID"_s) && query.next()) {
     facts.type = query.value(0).toString();
     facts.number = query.value(1).toString();
   }

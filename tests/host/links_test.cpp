@@ -39,13 +39,15 @@ using messaging::RequestMessage;
 
 namespace {
 
+using namespace Qt::Literals::StringLiterals;
+
 constexpr int kWaitMs = 20000;
 
 // Runs `use` with a connection of its own to a SQLite file, on the test thread.
 void withFile(const QString& path, const std::function<void(QSqlDatabase&)>& use) {
-  const QString name = QStringLiteral("links-test-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
+  const QString name = u"links-test-"_s + QUuid::createUuid().toString(QUuid::WithoutBraces);
   {
-    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+    QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_s, name);
     db.setDatabaseName(path);
     ASSERT_TRUE(db.open());
     use(db);
@@ -58,7 +60,7 @@ int countRows(const QString& path, const QString& table) {
   int count = -1;
   withFile(path, [&](QSqlDatabase& db) {
     QSqlQuery query(db);
-    if (query.exec(QStringLiteral("SELECT COUNT(*) FROM ") + table) && query.next()) {
+    if (query.exec(u"SELECT COUNT(*) FROM "_s + table) && query.next()) {
       count = query.value(0).toInt();
     }
   });
@@ -80,17 +82,17 @@ protected:
 
   EmbeddedLinkOptions options(const QString& officer = {}) const {
     EmbeddedLinkOptions o;
-    o.dataFolder = m_dir.filePath(QStringLiteral("data"));
+    o.dataFolder = m_dir.filePath(u"data"_s);
     o.officerId = officer;
     return o;
   }
-  QString path() const { return m_dir.filePath(QStringLiteral("data/adjustacc.sqlite")); }
+  QString path() const { return m_dir.filePath(u"data/adjustacc.sqlite"_s); }
 
   // Starts a link once so that the file holds the demo set, and reads what the tests need from it.
   DemoFacts prepareDemo() {
     {
       EmbeddedLink link(options());
-      submitAndWait(link, accountInquiry(QStringLiteral("NOBODY"), QStringLiteral("X"), QStringLiteral("1")));
+      submitAndWait(link, accountInquiry(u"NOBODY"_s, u"X"_s, u"1"_s));
     }
     return demoFacts(path());
   }
@@ -113,8 +115,8 @@ TEST_F(EmbeddedLinkTest, FirstStartCreatesTheFileWithTheDemoSetAndAnswersOnTheCa
   EXPECT_EQ(reply.error, QString());
   EXPECT_EQ(reply.requestId, request.requestId);
   EXPECT_EQ(reply.replyTo, request.replyTo);
-  ASSERT_TRUE(reply.hasSection(QStringLiteral("ACNTSRCVBL")));
-  EXPECT_GT(reply.section(QStringLiteral("ACNTSRCVBL"))->recordCount(), 0);
+  ASSERT_TRUE(reply.hasSection(u"ACNTSRCVBL"_s));
+  EXPECT_GT(reply.section(u"ACNTSRCVBL"_s)->recordCount(), 0);
   EXPECT_EQ(deliveredOn, QThread::currentThread());
   EXPECT_EQ(link.pending(), 0);
 }
@@ -124,8 +126,8 @@ TEST_F(EmbeddedLinkTest, DemoSetFillsOnlyADatabaseWithoutOfficers) {
   const auto prepare = [&](const QString& folder, bool withOfficer) {
     ASSERT_TRUE(QDir().mkpath(m_dir.filePath(folder)));
     host::DatabaseOptions db;
-    db.databaseName = m_dir.filePath(folder + QStringLiteral("/adjustacc.sqlite"));
-    const QString name = QStringLiteral("links-test-") + folder;
+    db.databaseName = m_dir.filePath(folder + u"/adjustacc.sqlite"_s);
+    const QString name = u"links-test-"_s + folder;
     ASSERT_TRUE(host::openDatabase(db, name).ok());
     ASSERT_TRUE(host::createSchema(name).ok());
     if (withOfficer) {
@@ -136,24 +138,24 @@ TEST_F(EmbeddedLinkTest, DemoSetFillsOnlyADatabaseWithoutOfficers) {
     QSqlDatabase::database(name, false).close();
     QSqlDatabase::removeDatabase(name);
   };
-  prepare(QStringLiteral("inuse"), true);
-  prepare(QStringLiteral("unfilled"), false);
+  prepare(u"inuse"_s, true);
+  prepare(u"unfilled"_s, false);
   // A zero-length file counts as new.
-  ASSERT_TRUE(QDir().mkpath(m_dir.filePath(QStringLiteral("empty"))));
+  ASSERT_TRUE(QDir().mkpath(m_dir.filePath(u"empty"_s)));
   {
-    QFile file(m_dir.filePath(QStringLiteral("empty/adjustacc.sqlite")));
+    QFile file(m_dir.filePath(u"empty/adjustacc.sqlite"_s));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
   }
 
-  for (const QString& folder : {QStringLiteral("inuse"), QStringLiteral("unfilled"), QStringLiteral("empty")}) {
+  for (const QString& folder : {u"inuse"_s, u"unfilled"_s, u"empty"_s}) {
     EmbeddedLinkOptions o = options();
     o.dataFolder = m_dir.filePath(folder);
     EmbeddedLink link(o);
-    submitAndWait(link, accountInquiry(QStringLiteral("NOBODY"), QStringLiteral("X"), QStringLiteral("1")));
+    submitAndWait(link, accountInquiry(u"NOBODY"_s, u"X"_s, u"1"_s));
   }
-  EXPECT_EQ(countRows(m_dir.filePath(QStringLiteral("inuse/adjustacc.sqlite")), QStringLiteral("OFFICER")), 1);
-  EXPECT_GT(countRows(m_dir.filePath(QStringLiteral("unfilled/adjustacc.sqlite")), QStringLiteral("OFFICER")), 1);
-  EXPECT_GT(countRows(m_dir.filePath(QStringLiteral("empty/adjustacc.sqlite")), QStringLiteral("OFFICER")), 1);
+  EXPECT_EQ(countRows(m_dir.filePath(u"inuse/adjustacc.sqlite"_s), u"OFFICER"_s), 1);
+  EXPECT_GT(countRows(m_dir.filePath(u"unfilled/adjustacc.sqlite"_s), u"OFFICER"_s), 1);
+  EXPECT_GT(countRows(m_dir.filePath(u"empty/adjustacc.sqlite"_s), u"OFFICER"_s), 1);
 }
 
 // Latency and the drop switch against the request message's time-out.
@@ -177,12 +179,12 @@ TEST_P(EmbeddedLinkTimeoutTest, RequestMessageSeesExactlyOneDataReady) {
   EmbeddedLink link(o);
 
   RequestMessage message(&link);
-  message.setReplyTo(QStringLiteral("ADJUSTACC"));
-  message.setVersion(QStringLiteral("1"));
+  message.setReplyTo(u"ADJUSTACC"_s);
+  message.setVersion(u"1"_s);
   message.setRequestCode(47);
   message.setUser(facts.officer());
-  message.addParameter({QStringLiteral("MARVENTO"), QStringLiteral("key:REF_NBR"), QStringLiteral("="), facts.number});
-  message.addParameter({QStringLiteral("MARVENTO"), QStringLiteral("key:REF_TYP_CD"), QStringLiteral("="), facts.type});
+  message.addParameter({u"MARVENTO"_s, u"key:REF_NBR"_s, u"="_s, facts.number});
+  message.addParameter({u"MARVENTO"_s, u"key:REF_TYP_CD"_s, u"="_s, facts.type});
   message.setTimeoutInterval(c.timeoutMs);
   QSignalSpy timeouts(&message, &RequestMessage::MsgTimeout);
   QSignalSpy dataReady(&message, &RequestMessage::DataReady);
@@ -212,20 +214,20 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(EmbeddedLinkTest, UnusableDataFolderGivesFailingRepliesAndOneErrorSignal) {
   // A data folder below a plain file cannot be created.
-  QFile blocker(m_dir.filePath(QStringLiteral("blocker")));
+  QFile blocker(m_dir.filePath(u"blocker"_s));
   ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
   blocker.close();
-  EmbeddedLinkOptions o = options(QStringLiteral("ANYONE"));
-  o.dataFolder = m_dir.filePath(QStringLiteral("blocker/data"));
+  EmbeddedLinkOptions o = options(u"ANYONE"_s);
+  o.dataFolder = m_dir.filePath(u"blocker/data"_s);
   EmbeddedLink link(o);
   QSignalSpy errors(&link, &EmbeddedLink::databaseError);
 
-  const Request first = accountInquiry(QStringLiteral("ANYONE"), QStringLiteral("X"), QStringLiteral("1"));
+  const Request first = accountInquiry(u"ANYONE"_s, u"X"_s, u"1"_s);
   const Reply reply = submitAndWait(link, first);
   EXPECT_FALSE(reply.ok());
   EXPECT_EQ(reply.requestId, first.requestId);
-  EXPECT_TRUE(reply.error.contains(QStringLiteral("could not be"))) << qPrintable(reply.error);
-  submitAndWait(link, accountInquiry(QStringLiteral("ANYONE"), QStringLiteral("X"), QStringLiteral("1")));
+  EXPECT_TRUE(reply.error.contains(u"could not be"_s)) << qPrintable(reply.error);
+  submitAndWait(link, accountInquiry(u"ANYONE"_s, u"X"_s, u"1"_s));
   EXPECT_EQ(errors.count(), 1);
 }
 
@@ -261,7 +263,7 @@ public:
       }
     });
   }
-  QUrl url() const { return QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_server.serverPort())); }
+  QUrl url() const { return QUrl(u"http://127.0.0.1:%1"_s.arg(m_server.serverPort())); }
   QByteArray lastHead;
   QByteArray lastBody;
 
@@ -303,31 +305,31 @@ QByteArray httpAnswer(const QByteArray& statusLine, const QByteArray& contentTyp
 }
 
 TEST(RemoteLinkTest, SendsTheRequestAsJsonWithTheTokenAndDeliversTheDecodedReply) {
-  Request request = accountInquiry(QStringLiteral("OFFICER1"), QStringLiteral("CIT"), QStringLiteral("2000001"));
-  request.records = {{QStringLiteral("ADJUSTAR"), {}}};
+  Request request = accountInquiry(u"OFFICER1"_s, u"CIT"_s, u"2000001"_s);
+  request.records = {{u"ADJUSTAR"_s, {}}};
   request.records[0].records.append(messaging::SaveRecord());
-  request.records[0].records[0].setField(QStringLiteral("ACTION"), QVariant());
+  request.records[0].records[0].setField(u"ACTION"_s, QVariant());
   ScriptedHttpPeer peer([](const QByteArray&, const QByteArray& body) {
     const auto decoded = messaging::decodeRequest(body);
     Reply reply;
     reply.replyTo = decoded.ok() ? decoded->replyTo : QString();
     reply.requestId = decoded.ok() ? decoded->requestId : QString();
-    messaging::RecordSet rows({{QStringLiteral("RCPT_NBR"), messaging::FieldType::Text}});
-    rows.addNew({QStringLiteral("R1")});
+    messaging::RecordSet rows({{u"RCPT_NBR"_s, messaging::FieldType::Text}});
+    rows.addNew({u"R1"_s});
     rows.addNew({QVariant()});
-    reply.sections.insert(QStringLiteral("RECEIPT"), rows);
+    reply.sections.insert(u"RECEIPT"_s, rows);
     return httpAnswer("200 OK", "application/json", messaging::encodeReply(reply));
   });
-  RemoteLink link(QUrl(peer.url().toString() + QStringLiteral("/adjustacc/")), QStringLiteral("secret-token"));
-  EXPECT_EQ(link.requestUrl().path(), QStringLiteral("/adjustacc/v1/request"));
+  RemoteLink link(QUrl(peer.url().toString() + u"/adjustacc/"_s), u"secret-token"_s);
+  EXPECT_EQ(link.requestUrl().path(), u"/adjustacc/v1/request"_s);
 
   const Reply reply = submitAndWait(link, request);
   ASSERT_TRUE(reply.ok()) << qPrintable(reply.error);
   EXPECT_EQ(reply.requestId, request.requestId);
-  ASSERT_TRUE(reply.hasSection(QStringLiteral("RECEIPT")));
-  const messaging::RecordSet* receipts = reply.section(QStringLiteral("RECEIPT"));
+  ASSERT_TRUE(reply.hasSection(u"RECEIPT"_s));
+  const messaging::RecordSet* receipts = reply.section(u"RECEIPT"_s);
   ASSERT_EQ(receipts->recordCount(), 2);
-  EXPECT_EQ(receipts->valueAt(0, 0).toString(), QStringLiteral("R1"));
+  EXPECT_EQ(receipts->valueAt(0, 0).toString(), u"R1"_s);
   EXPECT_TRUE(receipts->isNullAt(1, 0));
 
   EXPECT_TRUE(peer.lastHead.startsWith("POST /adjustacc/v1/request HTTP/1.1")) << peer.lastHead.constData();
@@ -349,9 +351,9 @@ class RemoteLinkFailureTest : public ::testing::TestWithParam<PeerFailure> {};
 
 TEST_P(RemoteLinkFailureTest, BecomesAFailingReplyForTheRequest) {
   const PeerFailure c = GetParam();
-  const Request request = accountInquiry(QStringLiteral("OFFICER1"), QStringLiteral("CIT"), QStringLiteral("2000001"));
+  const Request request = accountInquiry(u"OFFICER1"_s, u"CIT"_s, u"2000001"_s);
   ScriptedHttpPeer peer([&](const QByteArray&, const QByteArray&) { return c.answer(request); });
-  RemoteLink link(peer.url(), QStringLiteral("token"));
+  RemoteLink link(peer.url(), u"token"_s);
   link.setTransferTimeout(300);
 
   const Reply reply = submitAndWait(link, request);
@@ -365,7 +367,8 @@ TEST_P(RemoteLinkFailureTest, BecomesAFailingReplyForTheRequest) {
 INSTANTIATE_TEST_SUITE_P(
     Peers, RemoteLinkFailureTest,
     ::testing::Values(
-        PeerFailure{"Unreadable200", [](const Request&) { return httpAnswer("200 OK", "application/json", "{\"replyTo\":"); },
+        PeerFailure{"Unreadable200",
+                    [](const Request&) { return httpAnswer("200 OK", "application/json", "{\"replyTo\":"); },
                     "could not be read"},
         PeerFailure{"ProxyErrorPage",
                     [](const Request&) { return httpAnswer("502 Bad Gateway", "text/html", "<html>down</html>"); },
@@ -380,16 +383,16 @@ INSTANTIATE_TEST_SUITE_P(
                     "HTTP status 500"},
         PeerFailure{"HostRefusalKeepsItsText",
                     [](const Request& r) {
-                      return httpAnswer("401 Unauthorized", "application/json",
-                                        messaging::encodeReply(Reply::failure(r.replyTo, r.requestId,
-                                                                              QStringLiteral("Token not valid."))));
+                      return httpAnswer(
+                          "401 Unauthorized", "application/json",
+                          messaging::encodeReply(Reply::failure(r.replyTo, r.requestId, u"Token not valid."_s)));
                     },
                     "Token not valid."},
         PeerFailure{"AnswerToAnotherRequest",
                     [](const Request& r) {
                       Reply other;
                       other.replyTo = r.replyTo;
-                      other.requestId = QStringLiteral("someone-else");
+                      other.requestId = u"someone-else"_s;
                       return httpAnswer("200 OK", "application/json", messaging::encodeReply(other));
                     },
                     "another request"},
@@ -403,21 +406,21 @@ TEST(RemoteLinkTest, DeadHostGivesAFailingReply) {
     ASSERT_TRUE(probe.listen(QHostAddress::LocalHost, 0));
     port = probe.serverPort();
   }
-  RemoteLink link(QUrl(QStringLiteral("http://127.0.0.1:%1").arg(port)), QStringLiteral("token"));
-  const Request request = accountInquiry(QStringLiteral("OFFICER1"), QStringLiteral("CIT"), QStringLiteral("2000001"));
+  RemoteLink link(QUrl(u"http://127.0.0.1:%1"_s.arg(port)), u"token"_s);
+  const Request request = accountInquiry(u"OFFICER1"_s, u"CIT"_s, u"2000001"_s);
   const Reply reply = submitAndWait(link, request);
   EXPECT_FALSE(reply.ok());
   EXPECT_EQ(reply.requestId, request.requestId);
-  EXPECT_TRUE(reply.error.contains(QStringLiteral("refused"))) << qPrintable(reply.error);
+  EXPECT_TRUE(reply.error.contains(u"refused"_s)) << qPrintable(reply.error);
 }
 
 TEST(RemoteLinkTest, RequestMessageTimesOutOnAHangingHostLikeOnTheEmbeddedLink) {
   ScriptedHttpPeer peer([](const QByteArray&, const QByteArray&) { return QByteArray(); });
-  auto link = std::make_unique<RemoteLink>(peer.url(), QStringLiteral("token"));
+  auto link = std::make_unique<RemoteLink>(peer.url(), u"token"_s);
   RequestMessage message(link.get());
-  message.setReplyTo(QStringLiteral("ADJUSTACC"));
+  message.setReplyTo(u"ADJUSTACC"_s);
   message.setRequestCode(47);
-  message.setUser(QStringLiteral("OFFICER1"));
+  message.setUser(u"OFFICER1"_s);
   message.setTimeoutInterval(50);
   QSignalSpy timeouts(&message, &RequestMessage::MsgTimeout);
   QSignalSpy dataReady(&message, &RequestMessage::DataReady);

@@ -12,18 +12,19 @@
 namespace adjustacc::host::testing {
 namespace {
 
+using namespace Qt::Literals::StringLiterals;
+
 class ProtocolDocs : public HostTest {};
 
 QStringList requestExamples() {
-  QFile file(QFileInfo(QString::fromUtf8(__FILE__)).absolutePath() + QStringLiteral("/../../docs/protocol.md"));
+  QFile file(QFileInfo(QString::fromUtf8(__FILE__)).absolutePath() + u"/../../docs/protocol.md"_s);
   if (!file.open(QIODevice::ReadOnly)) {
     return {};
   }
   const QString text = QString::fromUtf8(file.readAll());
-  const qsizetype kinds = text.indexOf(QStringLiteral("\n## Request kinds"));
+  const qsizetype kinds = text.indexOf(u"\n## Request kinds"_s);
   QStringList examples;
-  static const QRegularExpression block(QStringLiteral("```json\\n(.*?)```"),
-                                        QRegularExpression::DotMatchesEverythingOption);
+  static const QRegularExpression block(u"```json\\n(.*?)```"_s, QRegularExpression::DotMatchesEverythingOption);
   for (auto it = block.globalMatch(text, kinds < 0 ? 0 : kinds); it.hasNext();) {
     examples.append(it.next().captured(1));
   }
@@ -37,7 +38,7 @@ TEST_P(ProtocolDocs, EveryRequestExampleReachesItsHandler) {
   }
   EXPECT_GE(examples.size(), 6);
   for (QString example : examples) {
-    example.replace(QStringLiteral("\"…\""), u'"' + QUuid::createUuid().toString(QUuid::WithoutBraces) + u'"');
+    example.replace(u"\"…\""_s, u'"' + QUuid::createUuid().toString(QUuid::WithoutBraces) + u'"');
     SCOPED_TRACE(example.left(120).toStdString());
     auto decoded = messaging::decodeRequest(example.toUtf8());
     ASSERT_TRUE(decoded.ok()) << decoded.error().toStdString();

@@ -7,6 +7,8 @@
 namespace adjustacc::host::testing {
 namespace {
 
+using namespace Qt::Literals::StringLiterals;
+
 using messaging::Reply;
 
 class Synthetic : public HostTest {};
@@ -23,11 +25,10 @@ TEST_P(Synthetic, AccountsHaveTheirReceivablesReceiptsAndConsistentAmounts) {
   EXPECT_EQ(made->first().receipts, 3);
 
   const SyntheticAccount& account = made->at(1);
-  const Reply reply = ok(RequestBuilder(47)
-                             .param(QStringLiteral("key:REF_NBR"), account.number)
-                             .param(QStringLiteral("key:REF_TYP_CD"), account.type));
-  EXPECT_EQ(rows(reply, QStringLiteral("ACNTSRCVBL")), 25);
-  EXPECT_EQ(rows(reply, QStringLiteral("RECEIPT")), 3);
+  const Reply reply =
+      ok(RequestBuilder(47).param(u"key:REF_NBR"_s, account.number).param(u"key:REF_TYP_CD"_s, account.type));
+  EXPECT_EQ(rows(reply, u"ACNTSRCVBL"_s), 25);
+  EXPECT_EQ(rows(reply, u"RECEIPT"_s), 3);
 
   // Every synthetic receivable carries the amounts the host computes from its rows.
   EXPECT_EQ(count(QStringLiteral(
@@ -44,7 +45,7 @@ TEST_P(Synthetic, AccountsHaveTheirReceivablesReceiptsAndConsistentAmounts) {
   auto more = generateSyntheticData(m_connection, shape);
   ASSERT_TRUE(more.ok()) << more.error().toStdString();
   EXPECT_NE(more->first().number, made->first().number);
-  EXPECT_EQ(count(QStringLiteral("SELECT COUNT(*) FROM ACCT_RCVBL WHERE CUST_ID LIKE 'SYN%'")), 200);
+  EXPECT_EQ(count(u"SELECT COUNT(*) FROM ACCT_RCVBL WHERE CUST_ID LIKE 'SYN%'"_s), 200);
 
   shape.receivablesPerAccount = 0;
   EXPECT_FALSE(generateSyntheticData(m_connection, shape).ok());

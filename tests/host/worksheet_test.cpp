@@ -6,216 +6,202 @@
 namespace adjustacc::host::testing {
 namespace {
 
+using namespace Qt::Literals::StringLiterals;
+
 using messaging::Reply;
 
 class Worksheets : public HostTest {
 protected:
   Reply worksheet(const QString& customer, const QString& number) {
-    return ok(RequestBuilder(74)
-                  .param(QStringLiteral("key:CUST_ID"), customer)
-                  .param(QStringLiteral("key:REFUND_NBR"), number));
+    return ok(RequestBuilder(74).param(u"key:CUST_ID"_s, customer).param(u"key:REFUND_NBR"_s, number));
   }
 
   Reply nextNumber(const QString& type, const QString& user = demo::Admin) {
-    return send(RequestBuilder(60, user).param(QStringLiteral("key:NBR_TYP_CD"), type));
+    return send(RequestBuilder(60, user).param(u"key:NBR_TYP_CD"_s, type));
   }
 
   // A step's REFUND record from the worksheet as read, with the fields of the step.
   RequestBuilder step(const QString& user, const Reply& read, const Fields& fields) {
-    const QString s = QStringLiteral("REFUND");
-    Fields record = {{QStringLiteral("ACTION"), QStringLiteral("UPD")},
-                     {QStringLiteral("CUST_ID"), cell(read, s, 0, QStringLiteral("CUST_ID"))},
-                     {QStringLiteral("RFND_NBR"), cell(read, s, 0, QStringLiteral("RFND_NBR"))},
-                     {QStringLiteral("RCPT_NBR"), cell(read, s, 0, QStringLiteral("RCPT_NBR"))},
-                     {QStringLiteral("ROW_VRSN_NBR"), cell(read, s, 0, QStringLiteral("ROW_VRSN_NBR"))}};
+    const QString s = u"REFUND"_s;
+    Fields record = {{u"ACTION"_s, u"UPD"_s},
+                     {u"CUST_ID"_s, cell(read, s, 0, u"CUST_ID"_s)},
+                     {u"RFND_NBR"_s, cell(read, s, 0, u"RFND_NBR"_s)},
+                     {u"RCPT_NBR"_s, cell(read, s, 0, u"RCPT_NBR"_s)},
+                     {u"ROW_VRSN_NBR"_s, cell(read, s, 0, u"ROW_VRSN_NBR"_s)}};
     record.append(fields);
     RequestBuilder request(75, user);
-    request.record(QStringLiteral("REFUND"), record);
+    request.record(u"REFUND"_s, record);
     return request;
   }
 
   RequestBuilder prepare(const QString& number, const QString& amount, const QString& user = demo::Admin) {
     RequestBuilder request(75, user);
-    request.record(QStringLiteral("REFUND"), {{QStringLiteral("ACTION"), QStringLiteral("ADD")},
-                                              {QStringLiteral("CUST_ID"), QStringLiteral("100001")},
-                                              {QStringLiteral("RFND_NBR"), number},
-                                              {QStringLiteral("TO"), QStringLiteral("1")},
-                                              {QStringLiteral("CREATED_DT"), today().toString(Qt::ISODate)},
-                                              {QStringLiteral("CREATOR_ID"), user},
-                                              {QStringLiteral("DMV_CMMT_TXT"), QStringLiteral("Customer asked for a refund")},
-                                              {QStringLiteral("RFND_AMT"), amount},
-                                              {QStringLiteral("RCPT_NBR"), QStringLiteral("8000002")},
-                                              {QStringLiteral("STTS_CD"), QStringLiteral("1")}});
+    request.record(u"REFUND"_s, {{u"ACTION"_s, u"ADD"_s},
+                                 {u"CUST_ID"_s, u"100001"_s},
+                                 {u"RFND_NBR"_s, number},
+                                 {u"TO"_s, u"1"_s},
+                                 {u"CREATED_DT"_s, today().toString(Qt::ISODate)},
+                                 {u"CREATOR_ID"_s, user},
+                                 {u"DMV_CMMT_TXT"_s, u"Customer asked for a refund"_s},
+                                 {u"RFND_AMT"_s, amount},
+                                 {u"RCPT_NBR"_s, u"8000002"_s},
+                                 {u"STTS_CD"_s, u"1"_s}});
     return request;
   }
 
   QString status(const QString& number) {
-    return value(QStringLiteral("SELECT STTS_CD FROM RFND_WRKSHT WHERE RFND_NBR = ?"), {number}).toString();
+    return value(u"SELECT STTS_CD FROM RFND_WRKSHT WHERE RFND_NBR = ?"_s, {number}).toString();
   }
   qint64 excess(const QString& receipt, const QString& state) {
-    return count(QStringLiteral("SELECT SUM(OVR_PYMT_AMT) FROM OVR_PYMT WHERE RCPT_NBR = ? AND OVR_PYMT_STTS_CD = ?"),
+    return count(u"SELECT SUM(OVR_PYMT_AMT) FROM OVR_PYMT WHERE RCPT_NBR = ? AND OVR_PYMT_STTS_CD = ?"_s,
                  {receipt, state});
   }
 };
 
 TEST_P(Worksheets, AWorksheetGoesThroughFourHandsFromPreparedToMailed) {
-  const Reply number = nextNumber(QStringLiteral("F"));
+  const Reply number = nextNumber(u"F"_s);
   ASSERT_EQ(number.error, QString());
-  const QString issued = cell(number, QStringLiteral("GetFormNumber"), 0, QStringLiteral("U"));
+  const QString issued = cell(number, u"GetFormNumber"_s, 0, u"U"_s);
   EXPECT_EQ(issued, messaging::makeFormNumber(3000009).value());
   const QString refund = issued.left(7);
 
-  Reply read = ok(prepare(refund, QStringLiteral("100.00")));
-  EXPECT_EQ(cell(read, QStringLiteral("REFUND"), 0, QStringLiteral("STTS_CD")), QStringLiteral("1"));
-  EXPECT_EQ(cell(read, QStringLiteral("REFUND"), 0, QStringLiteral("CREATOR_ID")), demo::Admin);
-  EXPECT_EQ(cell(read, QStringLiteral("REFUND"), 0, QStringLiteral("TO")), QStringLiteral("1"));
-  EXPECT_EQ(excess(QStringLiteral("8000002"), QStringLiteral("W")), 10000) << "the refund is set aside";
-  EXPECT_EQ(excess(QStringLiteral("8000002"), QStringLiteral("O")), 5000);
+  Reply read = ok(prepare(refund, u"100.00"_s));
+  EXPECT_EQ(cell(read, u"REFUND"_s, 0, u"STTS_CD"_s), u"1"_s);
+  EXPECT_EQ(cell(read, u"REFUND"_s, 0, u"CREATOR_ID"_s), demo::Admin);
+  EXPECT_EQ(cell(read, u"REFUND"_s, 0, u"TO"_s), u"1"_s);
+  EXPECT_EQ(excess(u"8000002"_s, u"W"_s), 10000) << "the refund is set aside";
+  EXPECT_EQ(excess(u"8000002"_s, u"O"_s), 5000);
 
-  EXPECT_EQ(send(step(demo::Admin, read, {{QStringLiteral("STTS_CD"), QStringLiteral("2")},
-                                          {QStringLiteral("VERIFY_ID"), demo::Admin}}))
-                .error,
-            QStringLiteral("The person preparing and verifying the Refund Worksheet can not be the same."));
-  read = ok(step(demo::Verifier, read,
-                 {{QStringLiteral("STTS_CD"), QStringLiteral("2")}, {QStringLiteral("VERIFY_ID"), demo::Verifier},
-                  {QStringLiteral("TO"), QStringLiteral("3")}}));
-  EXPECT_EQ(cell(read, QStringLiteral("REFUND"), 0, QStringLiteral("TO")), QStringLiteral("3"));
+  EXPECT_EQ(send(step(demo::Admin, read, {{u"STTS_CD"_s, u"2"_s}, {u"VERIFY_ID"_s, demo::Admin}})).error,
+            u"The person preparing and verifying the Refund Worksheet can not be the same."_s);
+  read = ok(step(demo::Verifier, read, {{u"STTS_CD"_s, u"2"_s}, {u"VERIFY_ID"_s, demo::Verifier}, {u"TO"_s, u"3"_s}}));
+  EXPECT_EQ(cell(read, u"REFUND"_s, 0, u"TO"_s), u"3"_s);
 
-  EXPECT_EQ(send(step(demo::Verifier, read, {{QStringLiteral("STTS_CD"), QStringLiteral("3")},
-                                             {QStringLiteral("APPROVE_ID"), demo::Verifier}}))
-                .error,
-            QStringLiteral("The person verifying and approving the Refund Worksheet can not be the same."));
-  read = ok(step(demo::Approver, read, {{QStringLiteral("STTS_CD"), QStringLiteral("3")},
-                                        {QStringLiteral("APPROVE_ID"), demo::Approver}}));
+  EXPECT_EQ(send(step(demo::Verifier, read, {{u"STTS_CD"_s, u"3"_s}, {u"APPROVE_ID"_s, demo::Verifier}})).error,
+            u"The person verifying and approving the Refund Worksheet can not be the same."_s);
+  read = ok(step(demo::Approver, read, {{u"STTS_CD"_s, u"3"_s}, {u"APPROVE_ID"_s, demo::Approver}}));
 
   read = ok(step(demo::Fiscal, read,
-                 {{QStringLiteral("STTS_CD"), QStringLiteral("4")}, {QStringLiteral("RFND_BY_ID"), demo::Fiscal},
-                  {QStringLiteral("RFND_CD"), QStringLiteral("1")}, {QStringLiteral("WRNT_NBR"), QStringLiteral("W-5001")},
-                  {QStringLiteral("RFND_DT"), today().toString(Qt::ISODate)},
-                  {QStringLiteral("FISCAL_CMMT_TXT"), QStringLiteral("Warrant issued")}}));
-  EXPECT_EQ(excess(QStringLiteral("8000002"), QStringLiteral("R")), 10000);
-  EXPECT_EQ(excess(QStringLiteral("8000002"), QStringLiteral("W")), 0);
+                 {{u"STTS_CD"_s, u"4"_s},
+                  {u"RFND_BY_ID"_s, demo::Fiscal},
+                  {u"RFND_CD"_s, u"1"_s},
+                  {u"WRNT_NBR"_s, u"W-5001"_s},
+                  {u"RFND_DT"_s, today().toString(Qt::ISODate)},
+                  {u"FISCAL_CMMT_TXT"_s, u"Warrant issued"_s}}));
+  EXPECT_EQ(excess(u"8000002"_s, u"R"_s), 10000);
+  EXPECT_EQ(excess(u"8000002"_s, u"W"_s), 0);
 
-  EXPECT_EQ(send(step(demo::Fiscal, read, {{QStringLiteral("STTS_CD"), QStringLiteral("5")},
-                                           {QStringLiteral("DT_MLD"), today().addDays(-1).toString(Qt::ISODate)}}))
-                .error,
-            QStringLiteral("Mail Date must be greater than or equal to the Refund Date"));
-  read = ok(step(demo::Fiscal, read, {{QStringLiteral("STTS_CD"), QStringLiteral("5")},
-                                      {QStringLiteral("DT_MLD"), today().toString(Qt::ISODate)}}));
-  EXPECT_EQ(status(refund), QStringLiteral("5"));
+  EXPECT_EQ(
+      send(step(demo::Fiscal, read, {{u"STTS_CD"_s, u"5"_s}, {u"DT_MLD"_s, today().addDays(-1).toString(Qt::ISODate)}}))
+          .error,
+      u"Mail Date must be greater than or equal to the Refund Date"_s);
+  read = ok(step(demo::Fiscal, read, {{u"STTS_CD"_s, u"5"_s}, {u"DT_MLD"_s, today().toString(Qt::ISODate)}}));
+  EXPECT_EQ(status(refund), u"5"_s);
   EXPECT_EQ(value(QStringLiteral("SELECT VERIFY_ID || '/' || APPROVE_ID || '/' || RFND_BY_ID FROM RFND_WRKSHT "
                                  "WHERE RFND_NBR = ?"),
                   {refund})
                 .toString(),
-            QStringLiteral("VERIFY01/APPROVE01/FISCAL01"));
+            u"VERIFY01/APPROVE01/FISCAL01"_s);
 
-  EXPECT_EQ(send(step(demo::Admin, read, {{QStringLiteral("STTS_CD"), QStringLiteral("V")},
-                                          {QStringLiteral("VOID_ID"), demo::Admin}}))
-                .error,
-            QStringLiteral("The following transaction can not be voided or saved: a Voided/Transferred/Refunded Worksheet"));
-  EXPECT_EQ(worksheet(QStringLiteral("100001"), issued).sections[QStringLiteral("REFUND")].recordCount(), 1)
+  EXPECT_EQ(send(step(demo::Admin, read, {{u"STTS_CD"_s, u"V"_s}, {u"VOID_ID"_s, demo::Admin}})).error,
+            u"The following transaction can not be voided or saved: a Voided/Transferred/Refunded Worksheet"_s);
+  EXPECT_EQ(worksheet(u"100001"_s, issued).sections[u"REFUND"_s].recordCount(), 1)
       << "found by the number as the number service wrote it";
 }
 
 TEST_P(Worksheets, AVoidReleasesTheExcessItHeldAndATransferSettlesIt) {
-  Reply read = worksheet(QStringLiteral("100003"), QStringLiteral("3000002"));
-  EXPECT_EQ(cell(read, QStringLiteral("REFUND"), 0, QStringLiteral("CUST_NM")), QStringLiteral("ACME HAULING INC"));
-  ok(step(demo::Verifier, read, {{QStringLiteral("STTS_CD"), QStringLiteral("V")},
-                                 {QStringLiteral("VOID_ID"), demo::Verifier}}));
-  EXPECT_EQ(status(QStringLiteral("3000002")), QStringLiteral("V"));
+  Reply read = worksheet(u"100003"_s, u"3000002"_s);
+  EXPECT_EQ(cell(read, u"REFUND"_s, 0, u"CUST_NM"_s), u"ACME HAULING INC"_s);
+  ok(step(demo::Verifier, read, {{u"STTS_CD"_s, u"V"_s}, {u"VOID_ID"_s, demo::Verifier}}));
+  EXPECT_EQ(status(u"3000002"_s), u"V"_s);
   EXPECT_EQ(count(QStringLiteral("SELECT COUNT(*) FROM OVR_PYMT WHERE RCPT_NBR = '8000005' AND OVR_PYMT_STTS_CD = 'O' AND "
                                  "OVR_PYMT_AMT = 10000 AND RFND_NBR IS NULL")),
             1);
 
-  read = worksheet(QStringLiteral("100003"), QStringLiteral("3000004"));
-  EXPECT_EQ(send(step(demo::Fiscal, read, {{QStringLiteral("STTS_CD"), QStringLiteral("T")},
-                                           {QStringLiteral("RFND_BY_ID"), demo::Fiscal},
-                                           {QStringLiteral("RFND_CD"), QStringLiteral("0")}}))
-                .error,
-            QStringLiteral("Please enter the Refund Description, when Tranferring the excess funds"));
-  ok(step(demo::Fiscal, read, {{QStringLiteral("STTS_CD"), QStringLiteral("T")},
-                               {QStringLiteral("RFND_BY_ID"), demo::Fiscal},
-                               {QStringLiteral("RFND_CD"), QStringLiteral("0")},
-                               {QStringLiteral("FISCAL_CMMT_TXT"), QStringLiteral("To the division")}}));
-  EXPECT_EQ(count(QStringLiteral("SELECT COUNT(*) FROM OVR_PYMT WHERE RFND_NBR = '3000004' AND OVR_PYMT_STTS_CD = 'T'")), 1);
+  read = worksheet(u"100003"_s, u"3000004"_s);
+  EXPECT_EQ(
+      send(step(demo::Fiscal, read, {{u"STTS_CD"_s, u"T"_s}, {u"RFND_BY_ID"_s, demo::Fiscal}, {u"RFND_CD"_s, u"0"_s}}))
+          .error,
+      u"Please enter the Refund Description, when Tranferring the excess funds"_s);
+  ok(step(demo::Fiscal, read,
+          {{u"STTS_CD"_s, u"T"_s},
+           {u"RFND_BY_ID"_s, demo::Fiscal},
+           {u"RFND_CD"_s, u"0"_s},
+           {u"FISCAL_CMMT_TXT"_s, u"To the division"_s}}));
+  EXPECT_EQ(count(u"SELECT COUNT(*) FROM OVR_PYMT WHERE RFND_NBR = '3000004' AND OVR_PYMT_STTS_CD = 'T'"_s), 1);
 }
 
 TEST_P(Worksheets, StepsOutOfOrderInAnotherNameOrWithoutTheRightAreRefused) {
-  const Reply prepared = worksheet(QStringLiteral("100003"), QStringLiteral("3000002"));
-  const Reply approved = worksheet(QStringLiteral("100003"), QStringLiteral("3000004"));
+  const Reply prepared = worksheet(u"100003"_s, u"3000002"_s);
+  const Reply approved = worksheet(u"100003"_s, u"3000004"_s);
   const struct {
     const char* name;
     RequestBuilder request;
     const char16_t* expected;
   } cases[] = {
-      {"skipping verification", step(demo::Approver, prepared, {{QStringLiteral("STTS_CD"), QStringLiteral("3")},
-                                                                {QStringLiteral("APPROVE_ID"), demo::Approver}}),
+      {"skipping verification",
+       step(demo::Approver, prepared, {{u"STTS_CD"_s, u"3"_s}, {u"APPROVE_ID"_s, demo::Approver}}),
        u"is PREPARED; it can not be moved to APPROVED"},
-      {"in another's name", step(demo::Verifier, prepared, {{QStringLiteral("STTS_CD"), QStringLiteral("2")},
-                                                            {QStringLiteral("VERIFY_ID"), demo::Fiscal}}),
+      {"in another's name", step(demo::Verifier, prepared, {{u"STTS_CD"_s, u"2"_s}, {u"VERIFY_ID"_s, demo::Fiscal}}),
        u"VERIFY_ID names FISCAL01, but the signed-on officer is VERIFY01"},
-      {"no officer", step(demo::Verifier, prepared, {{QStringLiteral("STTS_CD"), QStringLiteral("2")}}),
+      {"no officer", step(demo::Verifier, prepared, {{u"STTS_CD"_s, u"2"_s}}),
        u"When verifying a refund, the officer verifying the refund must be displayed."},
-      {"no right", step(demo::Clerk, prepared, {{QStringLiteral("STTS_CD"), QStringLiteral("2")},
-                                                {QStringLiteral("VERIFY_ID"), demo::Clerk}}),
+      {"no right", step(demo::Clerk, prepared, {{u"STTS_CD"_s, u"2"_s}, {u"VERIFY_ID"_s, demo::Clerk}}),
        u"does not hold the right CREATEREFUND"},
-      {"refunded without a warrant", step(demo::Fiscal, approved, {{QStringLiteral("STTS_CD"), QStringLiteral("4")},
-                                                                   {QStringLiteral("RFND_BY_ID"), demo::Fiscal},
-                                                                   {QStringLiteral("RFND_CD"), QStringLiteral("1")}}),
+      {"refunded without a warrant",
+       step(demo::Fiscal, approved, {{u"STTS_CD"_s, u"4"_s}, {u"RFND_BY_ID"_s, demo::Fiscal}, {u"RFND_CD"_s, u"1"_s}}),
        u"Please enter the Warrant Number, when Refunding the worksheet"},
-      {"refund date ahead", step(demo::Fiscal, approved, {{QStringLiteral("STTS_CD"), QStringLiteral("4")},
-                                                          {QStringLiteral("RFND_BY_ID"), demo::Fiscal},
-                                                          {QStringLiteral("RFND_CD"), QStringLiteral("1")},
-                                                          {QStringLiteral("WRNT_NBR"), QStringLiteral("W-1")},
-                                                          {QStringLiteral("RFND_DT"), today().addDays(1).toString(Qt::ISODate)}}),
+      {"refund date ahead",
+       step(demo::Fiscal, approved,
+            {{u"STTS_CD"_s, u"4"_s},
+             {u"RFND_BY_ID"_s, demo::Fiscal},
+             {u"RFND_CD"_s, u"1"_s},
+             {u"WRNT_NBR"_s, u"W-1"_s},
+             {u"RFND_DT"_s, today().addDays(1).toString(Qt::ISODate)}}),
        u"Refund Date must be current or before"},
-      {"outcome not chosen", step(demo::Fiscal, approved, {{QStringLiteral("STTS_CD"), QStringLiteral("4")},
-                                                           {QStringLiteral("RFND_BY_ID"), demo::Fiscal}}),
+      {"outcome not chosen", step(demo::Fiscal, approved, {{u"STTS_CD"_s, u"4"_s}, {u"RFND_BY_ID"_s, demo::Fiscal}}),
        u"Please select Transferred or Refunded"},
-      {"transferred worksheet", step(demo::Admin, worksheet(QStringLiteral("100003"), QStringLiteral("3000007")),
-                                     {{QStringLiteral("STTS_CD"), QStringLiteral("V")}, {QStringLiteral("VOID_ID"), demo::Admin}}),
+      {"transferred worksheet",
+       step(demo::Admin, worksheet(u"100003"_s, u"3000007"_s), {{u"STTS_CD"_s, u"V"_s}, {u"VOID_ID"_s, demo::Admin}}),
        u"can not be voided or saved"},
   };
   expectEachRefused(cases);
 }
 
 TEST_P(Worksheets, APreparedWorksheetNeedsAnIssuedUnusedNumberAndOpenConfirmedExcess) {
-  const QString refund = cell(nextNumber(QStringLiteral("F")), QStringLiteral("GetFormNumber"), 0, QStringLiteral("U")).left(7);
+  const QString refund = cell(nextNumber(u"F"_s), u"GetFormNumber"_s, 0, u"U"_s).left(7);
   const struct {
     const char* name;
     RequestBuilder request;
     const char16_t* expected;
   } cases[] = {
-      {"number never issued", prepare(QStringLiteral("3500000"), QStringLiteral("10.00")), u"was not given out by the host"},
-      {"number of another worksheet", prepare(QStringLiteral("3000003"), QStringLiteral("10.00")), u"already exists"},
-      {"more than the open excess", prepare(refund, QStringLiteral("150.01")), u"more than the open excess of $150.00"},
-      {"no amount", prepare(refund, QStringLiteral("0")), u"must be above $0.00"},
+      {"number never issued", prepare(u"3500000"_s, u"10.00"_s), u"was not given out by the host"},
+      {"number of another worksheet", prepare(u"3000003"_s, u"10.00"_s), u"already exists"},
+      {"more than the open excess", prepare(refund, u"150.01"_s), u"more than the open excess of $150.00"},
+      {"no amount", prepare(refund, u"0"_s), u"must be above $0.00"},
   };
   expectEachRefused(cases);
-  ok(prepare(refund, QStringLiteral("150.00")));
-  EXPECT_TRUE(send(prepare(refund, QStringLiteral("1.00"))).error.contains(QStringLiteral("already exists")));
+  ok(prepare(refund, u"150.00"_s));
+  EXPECT_TRUE(send(prepare(refund, u"1.00"_s)).error.contains(u"already exists"_s));
 }
 
 TEST_P(Worksheets, NumbersAreHandedOutOnceAndTheServiceSaysWhenItHasNone) {
-  const Reply first = nextNumber(QStringLiteral("F"));
-  const Reply second = nextNumber(QStringLiteral("F"));
-  EXPECT_NE(cell(first, QStringLiteral("GetFormNumber"), 0, QStringLiteral("U")),
-            cell(second, QStringLiteral("GetFormNumber"), 0, QStringLiteral("U")));
-  EXPECT_EQ(messaging::checkFormNumber(cell(second, QStringLiteral("GetFormNumber"), 0, QStringLiteral("U"))),
+  const Reply first = nextNumber(u"F"_s);
+  const Reply second = nextNumber(u"F"_s);
+  EXPECT_NE(cell(first, u"GetFormNumber"_s, 0, u"U"_s), cell(second, u"GetFormNumber"_s, 0, u"U"_s));
+  EXPECT_EQ(messaging::checkFormNumber(cell(second, u"GetFormNumber"_s, 0, u"U"_s)),
             messaging::FormNumberProblem::None);
   // A resent request gets the same number, not a new one.
   RequestBuilder request(60);
-  request.param(QStringLiteral("key:NBR_TYP_CD"), QStringLiteral("F"));
+  request.param(u"key:NBR_TYP_CD"_s, u"F"_s);
   const Reply once = ok(request);
   const Reply twice = ok(request);
-  EXPECT_EQ(cell(once, QStringLiteral("GetFormNumber"), 0, QStringLiteral("U")),
-            cell(twice, QStringLiteral("GetFormNumber"), 0, QStringLiteral("U")));
-  EXPECT_EQ(count(QStringLiteral("SELECT COUNT(*) FROM NBR_ISSUED WHERE USED_IND = 'N'")), 3);
+  EXPECT_EQ(cell(once, u"GetFormNumber"_s, 0, u"U"_s), cell(twice, u"GetFormNumber"_s, 0, u"U"_s));
+  EXPECT_EQ(count(u"SELECT COUNT(*) FROM NBR_ISSUED WHERE USED_IND = 'N'"_s), 3);
 
-  EXPECT_EQ(cell(nextNumber(QStringLiteral("W")), QStringLiteral("GetFormNumber"), 0, QStringLiteral("U")),
-            QStringLiteral("0000000-0"));
-  EXPECT_TRUE(nextNumber(QStringLiteral("R")).error.contains(QStringLiteral("not one the host hands out")));
-  EXPECT_TRUE(nextNumber(QStringLiteral("Q")).error.contains(QStringLiteral("not one the host hands out")));
+  EXPECT_EQ(cell(nextNumber(u"W"_s), u"GetFormNumber"_s, 0, u"U"_s), u"0000000-0"_s);
+  EXPECT_TRUE(nextNumber(u"R"_s).error.contains(u"not one the host hands out"_s));
+  EXPECT_TRUE(nextNumber(u"Q"_s).error.contains(u"not one the host hands out"_s));
 }
 
 INSTANTIATE_TEST_SUITE_P(Databases, Worksheets, ::testing::Values(Backend::Sqlite, Backend::Postgres), backendName);

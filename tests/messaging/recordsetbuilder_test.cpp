@@ -25,22 +25,18 @@ TEST(RecordSetBuilder, EmptySetIsLaidOutAsTheSection) {
     EXPECT_EQ(set->recordCount(), 0);
     EXPECT_EQ(set->fields(), sections::layout(name)->fields) << name.toStdString();
   }
-}
+  const RecordSetPtr unknown = RecordSetBuilder::empty(u"NO_SUCH_SECTION"_s);
+  ASSERT_NE(unknown, nullptr);
+  EXPECT_TRUE(unknown->isOpen());
+  EXPECT_EQ(unknown->fieldCount(), 0);
 
-TEST(RecordSetBuilder, UnknownNameGivesAnOpenSetWithoutFields) {
-  const RecordSetPtr set = RecordSetBuilder::empty(u"NO_SUCH_SECTION"_s);
-  ASSERT_NE(set, nullptr);
-  EXPECT_TRUE(set->isOpen());
-  EXPECT_EQ(set->fieldCount(), 0);
-}
-
-TEST(RecordSetBuilder, MissingSectionGivesTheEmptyLayout) {
+  // A reply without the section asked for gives its empty layout too.
   const Reply reply = replyWith(u"RECEIPT"_s, RecordSet({{u"RCPT_NBR"_s, FieldType::Text}}));
-  const RecordSetPtr set = RecordSetBuilder::build(reply, u"ACNTSRCVBL"_s, u"id-1"_s);
-  ASSERT_NE(set, nullptr);
-  EXPECT_TRUE(set->isOpen());
-  EXPECT_EQ(set->recordCount(), 0);
-  EXPECT_EQ(set->fields(), sections::layout(u"ACNTSRCVBL"_s)->fields);
+  const RecordSetPtr missing = RecordSetBuilder::build(reply, u"ACNTSRCVBL"_s, u"id-1"_s);
+  ASSERT_NE(missing, nullptr);
+  EXPECT_TRUE(missing->isOpen());
+  EXPECT_EQ(missing->recordCount(), 0);
+  EXPECT_EQ(missing->fields(), sections::layout(u"ACNTSRCVBL"_s)->fields);
 }
 
 TEST(RecordSetBuilder, AppliesCatalogueTypesAndAddsMissingFieldsAsNull) {

@@ -60,6 +60,17 @@ public:
   QStringList queries;
 };
 
+// A document-type box filled from the tables above.
+class FilledCodesCombo : public ::testing::Test {
+protected:
+  void SetUp() override {
+    box.setSource(&tables);
+    ASSERT_TRUE(box.fill(s("q")));
+  }
+  FakeCodeTables tables;
+  QORVA_CodesCombo box{s("mFtcboDocType")};
+};
+
 }  // namespace
 
 // --- code box ----------------------------------------------------------------------------------------
@@ -85,11 +96,7 @@ TEST(CodesCombo, FillsThroughItsSourceAndChoosesTheDefaultCode) {
   EXPECT_EQ(box.codeTable(), s("ADJDOC"));
 }
 
-TEST(CodesCombo, FindsACodeByTheCodeFilterWithoutFilteringTheList) {
-  FakeCodeTables tables;
-  QORVA_CodesCombo box(s("mFtcboDocType"));
-  box.setSource(&tables);
-  ASSERT_TRUE(box.fill(s("q")));
+TEST_F(FilledCodesCombo, FindsACodeByTheCodeFilterWithoutFilteringTheList) {
   EXPECT_EQ(box.findCode(s("K")), 2);
   EXPECT_EQ(box.findCode(s(" c ")), 0);
   EXPECT_EQ(box.findCode(s("X")), -1);
@@ -115,13 +122,9 @@ struct TypedCase {
 // Named in failure messages by its label.
 void PrintTo(const TypedCase& value, std::ostream* out) { *out << value.label; }
 
-class CodesComboTyping : public ::testing::TestWithParam<TypedCase> {};
+class CodesComboTyping : public FilledCodesCombo, public ::testing::WithParamInterface<TypedCase> {};
 
 TEST_P(CodesComboTyping, ATypedTextChoosesTheRowItEqualsOrMatchesNoCode) {
-  FakeCodeTables tables;
-  QORVA_CodesCombo box(s("mFtcboDocType"));
-  box.setSource(&tables);
-  ASSERT_TRUE(box.fill(s("q")));
   ASSERT_TRUE(box.userSetText(s(GetParam().typed)));
   EXPECT_EQ(box.selectedCode(), s(GetParam().code));
   EXPECT_EQ(box.isEmpty(), GetParam().empty);
@@ -159,11 +162,7 @@ TEST(CodesCombo, AFailedOrMalformedFillLeavesTheBoxEmptyAndSaysWhy) {
   EXPECT_EQ(box.rowCount(), 0);
 }
 
-TEST(CodesCombo, ALockedBoxRefusesThePerson) {
-  FakeCodeTables tables;
-  QORVA_CodesCombo box(s("mFtcboActivity"));
-  box.setSource(&tables);
-  ASSERT_TRUE(box.fill(s("q")));
+TEST_F(FilledCodesCombo, ALockedBoxRefusesThePerson) {
   box.setLocked(true);
   EXPECT_FALSE(box.userChooseRow(1));
   EXPECT_FALSE(box.userSetText(s("C")));

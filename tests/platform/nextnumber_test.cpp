@@ -39,7 +39,9 @@ protected:
   QSignalSpy failedSpy{&numbers, &NextNumber::fetchFailed};
 };
 
-TEST_F(NextNumberTest, AnswersThePlaceholderAtOnceAndAsksTheHost) {
+TEST_F(NextNumberTest, AnswersThePlaceholderAtOnceAndAsksTheHostForARealType) {
+  EXPECT_EQ(numbers.nextNumber(QStringLiteral("  ")), u"0000000-0");  // no type: no request
+  EXPECT_EQ(link.requestCount(), 0);
   EXPECT_EQ(numbers.nextNumber(QStringLiteral("F")), u"0000000-0");
   ASSERT_EQ(link.requestCount(), 1);
   const messaging::Request request = link.lastRequest();
@@ -114,11 +116,6 @@ TEST_F(NextNumberTest, AnUnansweredFetchEndsWithTheTimeOutAndIsAskedAgain) {
   EXPECT_FALSE(numbers.isFetching(QStringLiteral("F")));
   EXPECT_EQ(numbers.nextNumber(QStringLiteral("F")), u"0000000-0");
   EXPECT_EQ(link.requestCount(), 2);
-}
-
-TEST_F(NextNumberTest, NoTypeNoRequest) {
-  EXPECT_EQ(numbers.nextNumber(QStringLiteral("  ")), u"0000000-0");
-  EXPECT_EQ(link.requestCount(), 0);
 }
 
 }  // namespace
