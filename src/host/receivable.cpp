@@ -112,7 +112,7 @@ Result<bool> addSystemActivity(AuditedWriter& writer, qint64 receivableId, const
                                const QString& comment, std::optional<qint64> amount, std::optional<qint64> balance) {
   const WriteContext& context = writer.context();
   const QDateTime local = context.now.toLocalTime();
-  const QVariant noAmount(QMetaType(QMetaType::LongLong));
+  const QVariant noAmount{QMetaType(QMetaType::LongLong)};
   Result<qint64> inserted = writer.insert(
       QStringLiteral("ACCT_ACTVTY"),
       {{QStringLiteral("ACCT_RCVBL_ID"), receivableId},
