@@ -305,7 +305,7 @@ constexpr int kClients = 4;
 constexpr int kWarmUpRequests = 100;
 // Each measurement is bounded by a count and a time; the three are measured in turn, several rounds, and the best
 // round of each counts, so that a burst of other work on the machine does not decide the ratio.
-constexpr int kRounds = 3;
+constexpr int kRounds = 6;
 constexpr int kMaxRequests = 3000;
 constexpr qint64 kMaxMilliseconds = 2500;
 constexpr int kThroughputAccountSize = 10;
