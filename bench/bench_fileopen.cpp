@@ -12,22 +12,15 @@
 #include "host/hostsystem.h"
 #include "host/syntheticdata.h"
 #include "inquiry/forminq.h"
-#include "platform/checkdigit.h"
 #include "platform/clock.h"
 #include "platform/errorreporter.h"
-#include "platform/fieldmarking.h"
-#include "platform/formnumbervalidator.h"
-#include "platform/keyfilters.h"
 #include "platform/modmessagetitle.h"
-#include "platform/nextnumber.h"
 #include "platform/printing.h"
 #include "platform/scriptedui.h"
 #include "platform/services.h"
 #include "platform/sessionsettings.h"
-#include "platform/sqlcodelookup.h"
-#include "platform/sqlcodetablesource.h"
+#include "platform/sqlcodeservices.h"
 #include "platform/statusbar.h"
-#include "platform/troopdistricts.h"
 #include "platform/user.h"
 
 #include <QCoreApplication>
@@ -90,14 +83,7 @@ struct Bench {
   platform::SessionSettings session;
   platform::StatusBar statusBar;
   platform::ErrorReporter errors{ui};
-  std::unique_ptr<platform::SqlCodeLookup> codes;
-  std::unique_ptr<platform::SqlCodeTableSource> codeTables;
-  std::unique_ptr<platform::KeyFilters> keyFilters;
-  platform::CheckDigit checkDigit;
-  std::unique_ptr<platform::FormNumberValidator> formNumbers;
-  std::unique_ptr<platform::TroopDistricts> troopDistricts;
-  std::unique_ptr<platform::NextNumber> numbers;
-  platform::FieldMarking fieldMarking;
+  std::unique_ptr<platform::SqlCodeServices> codeServices;
   NoPrinting printing;
   NoTemplates templates;
   std::unique_ptr<platform::Services> services;
@@ -125,16 +111,10 @@ Bench& bench() {
       s->accounts[size] = made->first();
     }
     s->link = benchsupport::embeddedLink(s->dir.path(), s->user.officerId());
-    s->codes = std::make_unique<platform::SqlCodeLookup>(kRawConnection, s->user);
-    s->codeTables = std::make_unique<platform::SqlCodeTableSource>(kRawConnection, s->clock);
-    s->keyFilters = std::make_unique<platform::KeyFilters>(*s->codes);
-    s->formNumbers = std::make_unique<platform::FormNumberValidator>(*s->codes);
-    s->troopDistricts = std::make_unique<platform::TroopDistricts>(*s->codes);
-    s->numbers = std::make_unique<platform::NextNumber>(*s->link, s->session, s->user);
-    s->services = std::make_unique<platform::Services>(platform::Services{
-        s->ui, *s->link, s->clock, s->user, s->session, s->statusBar, s->errors, *s->codes, *s->codeTables,
-        *s->keyFilters, s->checkDigit, *s->formNumbers, *s->troopDistricts, *s->numbers, s->fieldMarking,
-        s->printing, s->templates});
+    s->codeServices =
+        std::make_unique<platform::SqlCodeServices>(kRawConnection, s->user, s->clock, *s->link, s->session);
+    s->services = std::make_unique<platform::Services>(s->codeServices->services(
+        s->ui, *s->link, s->clock, s->user, s->session, s->statusBar, s->errors, s->printing, s->templates));
     // The clerk's answer in Open Account: the account of the size being measured, then OK.
     s->ui.onModal(inquiry::QORVA_FormInq::kFormName, [s](platform::ModalForm& form) {
       auto& openAccount = dynamic_cast<inquiry::QORVA_FormInq&>(form);

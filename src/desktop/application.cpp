@@ -43,15 +43,9 @@ Application::Application(StartOptions options, QObject* parent)
       m_errors(m_ui),
       m_link(makeLink(m_options)),
       m_store(codeConnectionName(this)),
-      m_codes(m_store.connectionName(), m_user, &m_clock),
-      m_codeTables(m_store.connectionName(), m_clock),
-      m_keyFilters(m_codes),
-      m_formNumbers(m_codes),
-      m_troopDistricts(m_codes),
-      m_numbers(*m_link, m_session, m_user),
-      m_services{m_ui,         *m_link, m_clock,         m_user,         m_session,     m_statusBar,
-                 m_errors,     m_codes,            m_codeTables,    m_keyFilters,   m_checkDigit,  m_formNumbers,
-                 m_troopDistricts, m_numbers,      m_fieldMarking,  m_printing,     m_printing} {
+      m_codeServices(m_store.connectionName(), m_user, m_clock, *m_link, m_session),
+      m_services(m_codeServices.services(m_ui, *m_link, m_clock, m_user, m_session, m_statusBar, m_errors,
+                                         m_printing, m_printing)) {
   registerViews(m_ui);
   m_window = std::make_unique<DocumentWindow>(m_ui, m_statusBar);
   m_ui.setMainWindow(m_window.get());
@@ -110,7 +104,7 @@ void Application::signedOn(bool ok) {
     return;
   }
   m_user = m_signOn->user();
-  m_codes.clearCache();
+  m_codeServices.codes.clearCache();
   m_window->setSignedOn(tr("%1 (%2, region %3)").arg(m_user.name(), m_user.officerId(), m_user.region()),
                         hostDescription());
   m_window->setPlaceholder(tr("No account is open. Use File > Open Account... to open one."));

@@ -12,19 +12,12 @@
 #include "startoptions.h"
 #include "unavailableprinting.h"
 
-#include "platform/checkdigit.h"
 #include "platform/clock.h"
 #include "platform/errorreporter.h"
-#include "platform/fieldmarking.h"
-#include "platform/formnumbervalidator.h"
-#include "platform/keyfilters.h"
-#include "platform/nextnumber.h"
 #include "platform/services.h"
 #include "platform/sessionsettings.h"
-#include "platform/sqlcodelookup.h"
-#include "platform/sqlcodetablesource.h"
+#include "platform/sqlcodeservices.h"
 #include "platform/statusbar.h"
-#include "platform/troopdistricts.h"
 #include "platform/user.h"
 
 #include <QObject>
@@ -85,14 +78,7 @@ private:
   platform::ErrorReporter m_errors;
   std::unique_ptr<messaging::HostLink> m_link;
   CodeTableStore m_store;
-  platform::SqlCodeLookup m_codes;
-  platform::SqlCodeTableSource m_codeTables;
-  platform::KeyFilters m_keyFilters;
-  platform::CheckDigit m_checkDigit;
-  platform::FormNumberValidator m_formNumbers;
-  platform::TroopDistricts m_troopDistricts;
-  platform::NextNumber m_numbers;
-  platform::FieldMarking m_fieldMarking;
+  platform::SqlCodeServices m_codeServices;  // on the local copy of the code tables
   UnavailablePrinting m_printing;
   platform::Services m_services;
   std::unique_ptr<DocumentWindow> m_window;

@@ -5,8 +5,7 @@
 #include "host/demodata.h"
 #include "host/embeddedlink.h"
 #include "host/hostsystem.h"
-#include "platform/sqlcodelookup.h"
-#include "platform/sqlcodetablesource.h"
+#include "platform/sqlcodeservices.h"
 
 #include <QSqlDatabase>
 
@@ -26,12 +25,9 @@ TEST(EmbeddedDocument, OpensADemoCitationAndItsAssessments) {
     testsupport::ServiceSet set;
     host::EmbeddedLink link({dir.path(), u"adjustacc.sqlite"_s, host::demo::Admin, day});
     platform::User officer(host::demo::Admin, u"Avery Lindqvist"_s, u"NE"_s);
-    platform::SqlCodeLookup codes(connection, officer);
-    platform::SqlCodeTableSource codeTables(connection, set.clock);
-    platform::Services services{set.ui,           link,       set.clock,      officer,      set.session, set.statusBar,
-                                set.errors,       codes,      codeTables,     set.keyFilters, set.checkDigit,
-                                set.formNumbers,  set.troopDistricts, set.numbers, set.fieldMarking, set.printing,
-                                set.templates};
+    platform::SqlCodeServices codeServices(connection, officer, set.clock, link, set.session);
+    platform::Services services = codeServices.services(set.ui, link, set.clock, officer, set.session,
+                                                        set.statusBar, set.errors, set.printing, set.templates);
     FakeContainer container;
     FakeHost host;
     RecordingDetails details;
