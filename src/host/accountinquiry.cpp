@@ -209,8 +209,10 @@ Outcome assessmentInquiry(const Context& context) {
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  if (context.param(QStringLiteral("key:LPO")).toUpper() != u"NO") {
-    return refuse(QStringLiteral("The assessment inquiry takes key:LPO = NO."));
+  if (const QString problem = checkFlag(context.request, kind, QStringLiteral("key:LPO"), QStringLiteral("NO"),
+                                        QStringLiteral("the assessments without the account"), true);
+      !problem.isEmpty()) {
+    return refuse(problem);
   }
   Result<AccountReference> reference =
       readReference(context, QStringLiteral("key:REF_NBR"), QStringLiteral("key:REF_TYP_CD"));
@@ -344,14 +346,14 @@ Outcome codeTableInquiry(const Context& context) {
     return refuse(problem);
   }
   // key:ALL asks for the whole table, ended and future rows included: what a desktop keeps to describe the
-  // codes old rows still carry. Its presence is what counts, so a blank value is refused too.
+  // codes old rows still carry.
+  if (const QString problem = checkFlag(context.request, kind, allKey, QStringLiteral("Y"),
+                                        QStringLiteral("every row of the code table, whatever its dates"));
+      !problem.isEmpty()) {
+    return refuse(problem);
+  }
   const bool all = !context.request.param(allKey).isNull();
   if (all) {
-    if (const QString value = context.param(allKey); value.toUpper() != u"Y") {
-      return refuse(QStringLiteral("Parameter key:ALL \"%1\" is not valid: it takes only \"Y\" (every row of the "
-                                   "code table, whatever its dates).")
-                        .arg(value));
-    }
     if (!context.request.param(asOfKey).isNull()) {
       return refuse(QStringLiteral("The code table inquiry takes key:ALL (every row, whatever its dates) or "
                                    "key:AS_OF_DT (the rows in effect on one day), not both."));

@@ -118,8 +118,10 @@ Outcome activityInquiry(const Context& context) {
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  if (const QString thin = context.param(QStringLiteral("key:THIN")).toUpper(); !thin.isEmpty() && thin != u"YES") {
-    return refuse(QStringLiteral("The account activity inquiry takes key:THIN = YES (the activity rows alone)."));
+  if (const QString problem = checkFlag(context.request, kind, QStringLiteral("key:THIN"), QStringLiteral("YES"),
+                                        QStringLiteral("the activity rows alone"));
+      !problem.isEmpty()) {
+    return refuse(problem);
   }
   const QString typed = context.param(QStringLiteral("key:ACCT_RCVBL_NBR"));
   const std::optional<AccountNumber> number = parseAccountNumber(typed);

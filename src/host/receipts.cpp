@@ -105,9 +105,10 @@ Outcome receiptDetailInquiry(const Context& context) {
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  if (const QString detail = context.param(QStringLiteral("key:RECEIPT_DETL")).toUpper();
-      !detail.isEmpty() && detail != u"YES") {
-    return refuse(QStringLiteral("The receipt detail inquiry takes key:RECEIPT_DETL = YES."));
+  if (const QString problem = checkFlag(context.request, kind, QStringLiteral("key:RECEIPT_DETL"), QStringLiteral("YES"),
+                                        QStringLiteral("the receipt with its funds and payments"));
+      !problem.isEmpty()) {
+    return refuse(problem);
   }
   Result<QString> receipt = receiptParam(context, QStringLiteral("key:RECEIPT_NBR"));
   if (!receipt) {

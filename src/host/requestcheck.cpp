@@ -98,6 +98,23 @@ QString checkRequestShape(const Request& request) {
   return messaging::sections::checkSaveRecords(request.records);
 }
 
+QString checkFlag(const Request& request, const QString& kindName, const QString& key, const QString& value,
+                  const QString& meaning, bool required) {
+  const QString given = request.param(key);
+  if (given.isNull() && !required) {
+    return {};
+  }
+  if (given.trimmed().compare(value, Qt::CaseInsensitive) == 0) {
+    return {};
+  }
+  QString kind = kindName;
+  if (!kind.isEmpty()) {
+    kind[0] = kind[0].toLower();
+  }
+  return QStringLiteral("Parameter %1 \"%2\" is not valid: %3 takes %1 = %4%5.")
+      .arg(key, given.trimmed(), kind, value, meaning.isEmpty() ? QString() : QStringLiteral(" (") + meaning + u')');
+}
+
 QString checkParams(const Request& request, const QString& kindName, const QStringList& required,
                     const QStringList& optional) {
   QSet<QString> seen;

@@ -39,6 +39,13 @@ QString checkRequestShape(const messaging::Request& request);
 QString checkParams(const messaging::Request& request, const QString& kindName, const QStringList& required,
                     const QStringList& optional = {});
 
+// A flag parameter ("key:LPO" = "NO", "key:THIN" = "YES"): when sent, and it must be when `required`, its
+// value is `value` (without regard to case or surrounding blanks). `meaning` says what the flag asks for, for
+// the refusal: Parameter key:THIN "NO" is not valid: the account activity inquiry takes key:THIN = YES (the
+// activity rows alone).
+QString checkFlag(const messaging::Request& request, const QString& kindName, const QString& key, const QString& value,
+                  const QString& meaning = {}, bool required = false);
+
 // True when the request carries a record set of that name with at least one record that has a field.
 bool hasRecords(const messaging::Request& request, const QString& name);
 

@@ -84,6 +84,21 @@ TEST_P(BadRequests, AreAnsweredWithAClearRefusalAndWriteNothing) {
       {"another officer's name", activity(u"x"_s), demo::Clerk, u"signed-on officer is \"CLERK01\""},
       {"unknown officer", activity(u"x"_s, u"NOBODY"_s), {}, u"is not known to the host"},
       {"the system's own id", activity(u"x"_s, u"SYSTEM"_s), {}, u"is not known to the host"},
+      {"flag of another value",
+       account().param(u"key:LPO"_s, u"YES"_s),
+       {},
+       u"Parameter key:LPO \"YES\" is not valid: the assessment inquiry takes key:LPO = NO"},
+      {"blank flag",
+       RequestBuilder(41)
+           .param(u"key:ACCT_RCVBL_NBR"_s, u"1000011"_s)
+           .param(u"key:ACCT_RCVBL_TYP_CD"_s, u"C"_s)
+           .param(u"key:THIN"_s, u" "_s),
+       {},
+       u"Parameter key:THIN \"\" is not valid: the account activity inquiry takes key:THIN = YES"},
+      {"receipt detail flag",
+       RequestBuilder(47).param(u"key:RECEIPT_NBR"_s, u"8000005"_s).param(u"key:RECEIPT_DETL"_s, u"NO"_s),
+       {},
+       u"takes key:RECEIPT_DETL = YES (the receipt with its funds and payments)."},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
