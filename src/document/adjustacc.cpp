@@ -1,10 +1,6 @@
 #include "adjustacc.h"
 
-#include "assessmentline.h"
-#include "listpreparation.h"
-
 #include "inquiry/forminq.h"
-#include "inquiry/screenrequest.h"
 #include "messaging/recordsetbuilder.h"
 #include "messaging/replychecker.h"
 #include "messaging/requestmessage.h"
@@ -15,15 +11,16 @@
 #include "platform/sessionsettings.h"
 #include "platform/statusbar.h"
 #include "platform/ui.h"
+#include "screencore/listpreparation.h"
+#include "screencore/procedure.h"
+#include "screencore/screenrequest.h"
 
 #include <QFile>
 #include <QFont>
 
-#include <stdexcept>
-
 namespace adjustacc::document {
 
-using inquiry::marventoParameter;
+using screencore::marventoParameter;
 using messaging::RecordSetBuilder;
 using platform::AppError;
 using platform::GridColumn;
@@ -33,12 +30,10 @@ namespace title = platform::modMessageTitle;
 
 namespace {
 
-const QString kSource = QStringLiteral("QORVA_AdjustAcc.");
-QString source(const char* procedure) { return kSource + QLatin1String(procedure); }
+const screencore::ProcedureNames source(QStringLiteral("QORVA_AdjustAcc"));
 
 const QString kReceivablesSection = QStringLiteral("ACNTSRCVBL");
 const QString kReceiptsSection = QStringLiteral("RECEIPT");
-const QString kAssessmentSection = QStringLiteral("ASSESSMENT");
 const QString kAccountTypeTable = QStringLiteral("REFDOCTYP");
 const QString kUnbold = QStringLiteral("UNBOLD");
 
@@ -89,12 +84,8 @@ const ColumnProps kReceiptColumns[] = {
 }  // namespace
 
 QORVA_AdjustAcc::QORVA_AdjustAcc(platform::Services& services, DocumentContainer& container, DocumentHost& host,
-                                 DetailScreens* details, QObject* parent)
-    : QObject(parent),
-      m_services(services),
-      m_container(container),
-      m_host(host),
-      m_details(details != nullptr ? details : &m_noDetails) {
+                                 QObject* parent)
+    : QObject(parent), m_services(services), m_container(container), m_host(host) {
   mSdgDBGrid.add(ReceivablesList);
   mSdgDBGrid.add(ReceiptsList);
   mCmdButton.add(ArDetailButton, QStringLiteral("AR Detail"));
@@ -137,7 +128,7 @@ void QORVA_AdjustAcc::UserDocument_Show() {
     mCmdButton[ArDetailButton].setEnabled(false);
     mCmdButton[ReceiptDetailButton].setEnabled(false);
     for (const int index : {ReceivablesList, ReceiptsList}) {
-      prepareList(mSdgDBGrid[index]);
+      screencore::prepareList(mSdgDBGrid[index]);
       SetGridBolding(mSdgDBGrid[index]);
     }
     m_services.ui.setPointer(platform::Pointer::Default);
@@ -150,7 +141,7 @@ void QORVA_AdjustAcc::FileOpen() {
     inquiry::QORVA_FormInq openAccount(m_services);
     openAccount.mFtcboDocType.setCodeTable(QStringLiteral("ADJDOC"));
     openAccount.mFtcboDocType.setDefaultCode(QStringLiteral("C"));
-    m_services.ui.showModal(openAccount);
+    openAccount.showModal();
     if (openAccount.result() == inquiry::QORVA_FormInq::kCancel) {
       return;
     }
@@ -177,9 +168,8 @@ bool QORVA_AdjustAcc::CloseDocument() {
     if (!m_workFilePath.isEmpty() && QFile::exists(m_workFilePath)) {
       QFile file(m_workFilePath);
       if (!file.remove()) {
-        throw std::runtime_error(QStringLiteral("The working file %1 could not be deleted: %2")
-                                     .arg(m_workFilePath, file.errorString())
-                                     .toStdString());
+        platform::fail(QStringLiteral("The working file %1 could not be deleted: %2")
+                           .arg(m_workFilePath, file.errorString()));
       }
     }
   });
@@ -263,50 +253,17 @@ QString QORVA_AdjustAcc::accountDescription() const {
 
 void QORVA_AdjustAcc::SendAdjustPI() {
   trap(m_services, source("SendAdjustPI"), [&] {
-    messaging::RequestMessage& message = inquiry::freshRequest(
+    messaging::RequestMessage& message = screencore::freshRequest(
         m_services, *this, mNcsbMessage, m_services.session.applicationName(), kAccountInquiryCode);
     message.addParameter(marventoParameter(QStringLiteral("key:REF_NBR"), m_accountNumber.trimmed()));
     message.addParameter(marventoParameter(QStringLiteral("key:REF_TYP_CD"), m_accountType.trimmed()));
-    m_requestId = message.requestId();
-    connect(&message, &messaging::RequestMessage::DataReady, this, &QORVA_AdjustAcc::mNcsbMessage_DataReady);
-    connect(&message, &messaging::RequestMessage::MsgTimeout, this, &QORVA_AdjustAcc::mNcsbMessage_MsgTimeout);
-    message.send();
+    m_requestId = screencore::sendRequest(message, *this);
     m_requestOutstanding = true;
     m_services.statusBar.setText(QStringLiteral("Searching for ") + accountDescription() +
                                  QStringLiteral(" number ") + m_accountNumber);
     m_services.ui.setPointer(platform::Pointer::Hourglass);
     m_timedOut = false;
   });
-}
-
-void QORVA_AdjustAcc::SendAccRecvPI(const QString& receivableNumber, const QString& receivableType) {
-  trap(m_services, source("SendAccRecvPI"), [&] {
-    messaging::RequestMessage& message = inquiry::freshRequest(
-        m_services, *this, mNcsbMessage, m_services.session.applicationName(), kAccountInquiryCode);
-    message.addParameter(marventoParameter(QStringLiteral("key:REF_NBR"), receivableNumber.trimmed()));
-    message.addParameter(marventoParameter(QStringLiteral("key:REF_TYP_CD"), receivableType.trimmed()));
-    message.addParameter(marventoParameter(QStringLiteral("key:LPO"), QStringLiteral("NO")));
-    m_requestId = message.requestId();
-    connect(&message, &messaging::RequestMessage::DataReady, this, &QORVA_AdjustAcc::mNcsbMessage_DataReady);
-    connect(&message, &messaging::RequestMessage::MsgTimeout, this, &QORVA_AdjustAcc::mNcsbMessage_MsgTimeout);
-    message.send();
-    m_requestOutstanding = true;
-    // The status line already names the receivable being searched for.
-    m_services.ui.setPointer(platform::Pointer::Hourglass);
-    m_timedOut = false;
-  });
-}
-
-std::unique_ptr<messaging::RequestMessage> QORVA_AdjustAcc::SendReceiptPI(const ReceiptDetailOpening& opening) {
-  std::unique_ptr<messaging::RequestMessage> message;
-  trap(m_services, source("SendReceiptPI"), [&] {
-    message = std::make_unique<messaging::RequestMessage>(&m_services.hostLink);
-    inquiry::prepareRequest(m_services, *message, opening.replyTo, kAccountInquiryCode);
-    message->addParameter(marventoParameter(QStringLiteral("key:RECEIPT_NBR"), opening.receiptNumber.trimmed()));
-    message->addParameter(marventoParameter(QStringLiteral("key:RECEIPT_DETL"), QStringLiteral("YES")));
-    message->send();
-  });
-  return message;
 }
 
 // --- replies ---------------------------------------------------------------------------------------------------------
@@ -341,19 +298,13 @@ void QORVA_AdjustAcc::mNcsbMessage_DataReady(const QString& replyTo, const messa
         !error.isEmpty()) {
       replyFailed(error);
     }
-    if (reply.hasSection(kAssessmentSection)) {
-      // The assessments of one receivable, for the detail screen; the lists stay as they are.
-      handAssessments(reply);
-      m_services.statusBar.setText(title::Ready);
+    const bool anyReceivables = takeList(ReceivablesList, reply);
+    const bool anyReceipts = takeList(ReceiptsList, reply);
+    if (!anyReceivables && !anyReceipts && m_requestOutstanding) {
+      m_services.statusBar.setText(accountDescription() + QStringLiteral(" number ") + m_accountNumber +
+                                   QStringLiteral(" not found"));
     } else {
-      const bool anyReceivables = takeList(ReceivablesList, reply);
-      const bool anyReceipts = takeList(ReceiptsList, reply);
-      if (!anyReceivables && !anyReceipts && m_requestOutstanding) {
-        m_services.statusBar.setText(accountDescription() + QStringLiteral(" number ") + m_accountNumber +
-                                     QStringLiteral(" not found"));
-      } else {
-        m_services.statusBar.setText(title::Ready);
-      }
+      m_services.statusBar.setText(title::Ready);
     }
     m_requestOutstanding = false;
   });
@@ -371,25 +322,9 @@ bool QORVA_AdjustAcc::takeList(int index, const messaging::Reply& reply) {
   forgetDescriptions(index);
   (receivables ? mAdodc1 : mAdodc2).setRecordset(set);
   const QString sort = receivables ? QStringLiteral("CUST_ID,ACCT_RCVBL_NBR") : QStringLiteral("RCPT_NBR");
-  if (const auto problem = set->setSort(sort)) {
-    throw std::runtime_error(problem->message(QStringLiteral("Sort text")).toStdString());
-  }
+  screencore::failOn(set->setSort(sort), QStringLiteral("Sort"));
   mSdgDBGrid[index].refresh();
   return true;
-}
-
-void QORVA_AdjustAcc::handAssessments(const messaging::Reply& reply) {
-  messaging::RecordSetPtr assessments = RecordSetBuilder::build(reply, kAssessmentSection, m_requestId);
-  if (assessments->recordCount() == 0) {
-    return;
-  }
-  if (const auto problem = assessments->setSort(kAssessmentSort)) {
-    throw std::runtime_error(problem->message(QStringLiteral("Sort text")).toStdString());
-  }
-  for (assessments->moveFirst(); !assessments->eof(); assessments->moveNext()) {
-    const AssessmentLine line = assessmentLine(*assessments, m_services.codes);
-    m_details->addAssessmentLine(line.gridIndex, line.text);
-  }
 }
 
 // --- the lists -------------------------------------------------------------------------------------------------------
@@ -520,42 +455,27 @@ void QORVA_AdjustAcc::openArDetail(platform::Grid& grid, int row) {
   if (number.trimmed().isEmpty()) {
     raise(AppError::LeaveEarly);
   }
-  ArDetailOpening opening;
-  opening.customerId = cell("CUST_ID");
-  opening.formDescription = cell("FORM_DESC");
-  opening.receivableNumber = number;
-  opening.checkNumber = cell("ACCT_RCVBL_CK_NBR");
-  opening.receivableType = cell("ACCT_RCVBL_TYP_CD");
-  opening.statusCode = cell("ACCT_STTS_CD");
-  opening.statusDescription = cell("STTS_DESC");
-  opening.customerName = cell("CUST_NAME");
-  opening.activityStatus = cell("ACTV_STTS_CD");
-  opening.caseId = cell("CASE_ID");
-  opening.saveEnabled = receivableMaySave(opening.activityStatus, opening.caseId, opening.statusCode);
-  m_services.statusBar.setText(QStringLiteral("Searching for account receivable number ") + number.trimmed() +
-                               u'-' + opening.checkNumber.trimmed());
-  m_details->loadArDetail(opening);
-  SendAccRecvPI(opening.receivableNumber, opening.receivableType);
-  m_details->showArDetail();
+  m_services.statusBar.setText(QStringLiteral("Searching for account receivable number ") + number + u'-' +
+                               cell("ACCT_RCVBL_CK_NBR"));
+  screenNotAvailable(QStringLiteral("Account Receivable Detail"));
 }
 
 void QORVA_AdjustAcc::openReceiptDetail(platform::Grid& grid, int row) {
-  const auto cell = [&](const char* column) { return grid.column(QLatin1String(column)).cellValue(row).toString(); };
-  const QString number = cell("RCPT_NBR");
+  const QString number = grid.column(QStringLiteral("RCPT_NBR")).cellValue(row).toString();
   if (number.trimmed().isEmpty()) {
     raise(AppError::LeaveEarly);
   }
-  m_services.statusBar.setText(QStringLiteral("Searching for Receipt number ") + number.trimmed());
-  ReceiptDetailOpening opening;
-  opening.receiptNumber = number;
-  opening.totalPayment = cell("TOT_PYMT_AMT");
-  opening.statusDescription = cell("STTS_DESC");
-  opening.customerId = cell("CUST_ID");
-  opening.receiptDate = cell("RCPT_DT");
-  opening.instance = m_receiptScreens++;
-  opening.replyTo = receiptReplyToName(m_services.session.applicationName(), opening.instance);
-  std::unique_ptr<messaging::RequestMessage> request = SendReceiptPI(opening);
-  m_details->openReceiptDetail(opening, std::move(request));
+  m_services.statusBar.setText(QStringLiteral("Searching for Receipt number ") + number);
+  screenNotAvailable(QStringLiteral("Receipt Detail"));
+}
+
+void QORVA_AdjustAcc::screenNotAvailable(const QString& caption) {
+  // This build does not have the screen yet: say so rather than leave the clerk waiting on the status line.
+  m_services.ui.messageBox(QStringLiteral("The %1 screen is not available in this version of the application. "
+                                          "The account has not been changed.")
+                               .arg(caption),
+                           platform::MsgButtons::Ok, platform::MsgIcon::Information, title::messageTitle());
+  m_services.statusBar.setText(title::Ready);
 }
 
 }  // namespace adjustacc::document

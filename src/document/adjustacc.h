@@ -12,7 +12,6 @@
 // "Receipts", is bound to mAdodc2 and opened with button 1, "Receipt Detail". A button is usable exactly
 // when one row of its own list is selected.
 
-#include "detailscreens.h"
 #include "documenthost.h"
 
 #include "messaging/recordset.h"
@@ -26,8 +25,6 @@
 #include <QObject>
 #include <QPointer>
 #include <QString>
-
-#include <memory>
 
 namespace adjustacc::messaging {
 class RequestMessage;
@@ -49,10 +46,9 @@ public:
   enum Lists { ReceivablesList = 0, ReceiptsList = 1 };
   enum Buttons { ArDetailButton = 0, ReceiptDetailButton = 1 };
 
-  // `details` opens the detail screens; null uses NoDetailScreens. Neither it nor the container and host
-  // are owned; they must outlive the document.
+  // Neither the container nor the host is owned; they must outlive the document.
   QORVA_AdjustAcc(platform::Services& services, DocumentContainer& container, DocumentHost& host,
-                  DetailScreens* details = nullptr, QObject* parent = nullptr);
+                  QObject* parent = nullptr);
   ~QORVA_AdjustAcc() override;
 
   // --- what the host calls -----------------------------------------------------------------------------
@@ -91,8 +87,6 @@ public:
   const messaging::RecordSetPtr& receipts() const { return m_receipts; }
   QString workFilePath() const { return m_workFilePath; }
   ToolbarHost* toolbarHost() const { return m_toolbar; }
-  // How many receipt screens the document has opened (the next one's instance number).
-  int receiptScreensOpened() const { return m_receiptScreens; }
 
   // --- controls ------------------------------------------------------------------------------------------------
   platform::ControlArray<platform::Grid> mSdgDBGrid{QStringLiteral("mSdgDBGrid")};
@@ -103,17 +97,15 @@ public:
 private:
   void UserDocument_Initialize();
   void SendAdjustPI();
-  void SendAccRecvPI(const QString& receivableNumber, const QString& receivableType);
-  std::unique_ptr<messaging::RequestMessage> SendReceiptPI(const ReceiptDetailOpening& opening);
   void SetTabs();
   void ConfigureToolbar(bool remove);
   void InitializeData();
 
   void openArDetail(platform::Grid& grid, int row);
   void openReceiptDetail(platform::Grid& grid, int row);
+  void screenNotAvailable(const QString& caption);
   [[noreturn]] void replyFailed(const QString& text);
   bool takeList(int index, const messaging::Reply& reply);
-  void handAssessments(const messaging::Reply& reply);
   QString accountDescription() const;
   // The description of a code, remembered for the rows of the list's current record set: a list of many rows
   // carries few distinct codes.
@@ -123,8 +115,6 @@ private:
   platform::Services& m_services;
   DocumentContainer& m_container;
   DocumentHost& m_host;
-  NoDetailScreens m_noDetails;
-  DetailScreens* m_details;
   ToolbarHost* m_toolbar = nullptr;
 
   QPointer<messaging::RequestMessage> mNcsbMessage;
@@ -138,7 +128,6 @@ private:
   messaging::RecordSetPtr m_receivables;
   messaging::RecordSetPtr m_receipts;
   QString m_workFilePath;
-  int m_receiptScreens = 0;
 
   // Positions of the columns RowLoaded reads and writes, per list, found when the columns are laid out.
   struct RowColumns {

@@ -1,7 +1,5 @@
 #include "custselect.h"
 
-#include "screenrequest.h"
-
 #include "messaging/recordsetbuilder.h"
 #include "messaging/replychecker.h"
 #include "messaging/requestmessage.h"
@@ -10,6 +8,8 @@
 #include "platform/services.h"
 #include "platform/sessionsettings.h"
 #include "platform/ui.h"
+#include "screencore/procedure.h"
+#include "screencore/screenrequest.h"
 
 namespace adjustacc::inquiry {
 
@@ -19,9 +19,7 @@ using platform::trap;
 
 namespace {
 
-const QString kSource = QStringLiteral("QORVA_CustSelect.");
-
-QString source(const char* procedure) { return kSource + QLatin1String(procedure); }
+const screencore::ProcedureNames source(QStringLiteral("QORVA_CustSelect"));
 
 }  // namespace
 
@@ -85,13 +83,10 @@ void QORVA_CustSelect::Search() {
     }
     const bool byId = mRdoSearchBy[ById].value();
     messaging::RequestMessage& message =
-        freshRequest(m_services, *this, mNcsbMessage, replyToName(), kCustomerSearchCode);
+        screencore::freshRequest(m_services, *this, mNcsbMessage, replyToName(), kCustomerSearchCode);
     message.addParameter(
-        marventoParameter(byId ? QStringLiteral("key:CUST_ID") : QStringLiteral("key:CUST_NM"), text));
-    m_requestId = message.requestId();
-    connect(&message, &messaging::RequestMessage::DataReady, this, &QORVA_CustSelect::mNcsbMessage_DataReady);
-    connect(&message, &messaging::RequestMessage::MsgTimeout, this, &QORVA_CustSelect::mNcsbMessage_MsgTimeout);
-    message.send();
+        screencore::marventoParameter(byId ? QStringLiteral("key:CUST_ID") : QStringLiteral("key:CUST_NM"), text));
+    m_requestId = screencore::sendRequest(message, *this);
     m_timedOut = false;
     mLblStatus.setCaption(QStringLiteral("Searching for customers"));
     m_services.ui.setPointer(platform::Pointer::Hourglass);

@@ -16,16 +16,12 @@
 #include "platform/user.h"
 
 #include <algorithm>
-#include <stdexcept>
 
 namespace adjustacc::inquiry {
 
 using platform::trap;
 
 namespace {
-
-const QString kSource = QStringLiteral("QORVA_FormInq.");
-QString source(const char* procedure) { return kSource + QLatin1String(procedure); }
 
 const QString kLineBreak = QStringLiteral("\r\n");
 // Longest account number a clerk may type: check numbers run up to 30 letters and digits.
@@ -38,7 +34,8 @@ bool allDigits(const QString& text) {
 
 }  // namespace
 
-QORVA_FormInq::QORVA_FormInq(platform::Services& services, QObject* parent) : QObject(parent), m_services(services) {
+QORVA_FormInq::QORVA_FormInq(platform::Services& services, QObject* parent)
+    : ModalScreen(services, kFormName, kCaption, parent) {
   mFtcboDocType.setSource(&services.codeTables);
   mTxtDocNbr.setMaxLength(kMaxNumberLength);
   mCmdBttn.add(OkButton, QStringLiteral("OK"));
@@ -61,25 +58,11 @@ QORVA_FormInq::QORVA_FormInq(platform::Services& services, QObject* parent) : QO
 
 QORVA_FormInq::~QORVA_FormInq() = default;
 
-void QORVA_FormInq::setVisible(bool visible) {
-  if (visible && !m_loaded) {
-    m_loaded = true;
-    Form_Load();
-  }
-  m_visible = visible;
-  if (visible) {
-    Form_Activate();
-  }
-}
-
 void QORVA_FormInq::Form_Load() {
   trap(m_services, source("Form_Load"), [&] {
     // The box keeps the code table its opener named; the types it offers are those of the form documents.
-    const messaging::Result<int> filled = mFtcboDocType.fill(
-        codeTableQueryText(m_services.user.region(), QStringLiteral("FORMDOC"), m_services.clock.today()));
-    if (!filled) {
-      throw std::runtime_error(filled.error().toStdString());
-    }
+    screencore::valueOrFail(mFtcboDocType.fill(
+        codeTableQueryText(m_services.user.region(), QStringLiteral("FORMDOC"), m_services.clock.today())));
   });
 }
 
@@ -94,10 +77,7 @@ void QORVA_FormInq::Form_Activate() {
 }
 
 void QORVA_FormInq::Form_Unload() {
-  trap(m_services, source("Form_Unload"), [&] {
-    m_visible = false;
-    m_loaded = false;
-  });
+  trap(m_services, source("Form_Unload"), [&] { unload(); });
 }
 
 void QORVA_FormInq::mCmdBttn_Click(int index) {
@@ -115,7 +95,7 @@ void QORVA_FormInq::mCmdBttn_Click(int index) {
         break;
       case SelectAccountButton: {
         QORVA_SelectCustFormInq selectAccount(m_services);
-        m_services.ui.showModal(selectAccount);
+        selectAccount.showModal();
         if (!selectAccount.isCancelled() && !selectAccount.DocumentNumber().isEmpty()) {
           mTxtDocNbr.setText(selectAccount.DocumentNumber());
         }
@@ -186,13 +166,10 @@ void QORVA_FormInq::checkNumber(const QString& number) {
     }
   } else {
     const QString digits = number.rightJustified(kFormNumberDigits, u'0');
-    const messaging::Result<QString> digit = m_services.checkDigit.compute(digits);
-    if (!digit) {
-      throw std::runtime_error(digit.error().toStdString());
-    }
+    const QString digit = screencore::valueOrFail(m_services.checkDigit.compute(digits));
     // The clerk sees the number completed with its check digit.
-    mTxtDocNbr.setText(number + u'-' + digit.value());
-    problem = m_services.formNumbers.validate(digits + u'-' + digit.value(), typeCode);
+    mTxtDocNbr.setText(number + u'-' + digit);
+    problem = m_services.formNumbers.validate(digits + u'-' + digit, typeCode);
   }
   if (!problem.isEmpty()) {
     m_errorText += problem + kLineBreak;

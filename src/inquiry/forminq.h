@@ -5,14 +5,13 @@
 // The result is "Cancel" unless the clerk confirmed with OK, so a dialogue closed any other way opens nothing.
 
 #include "messaging/recordset.h"
+#include "screencore/modalscreen.h"
 #include "platform/button.h"
 #include "platform/codescombo.h"
 #include "platform/controlarray.h"
 #include "platform/label.h"
 #include "platform/textbox.h"
-#include "platform/ui.h"
 
-#include <QObject>
 #include <QString>
 
 namespace adjustacc::platform {
@@ -21,7 +20,7 @@ struct Services;
 
 namespace adjustacc::inquiry {
 
-class QORVA_FormInq : public QObject, public platform::ModalForm {
+class QORVA_FormInq : public screencore::ModalScreen {
   Q_OBJECT
 public:
   static inline const QString kFormName = QStringLiteral("QORVA_FormInq");
@@ -33,13 +32,6 @@ public:
 
   explicit QORVA_FormInq(platform::Services& services, QObject* parent = nullptr);
   ~QORVA_FormInq() override;
-
-  // --- ModalForm ---------------------------------------------------------------------------------------
-  QString formName() const override { return kFormName; }
-  QString caption() const override { return kCaption; }
-  bool isVisible() const override { return m_visible; }
-  // Showing loads the dialogue the first time (Form_Load), then brings it forward (Form_Activate).
-  void setVisible(bool visible) override;
 
   // "Cancel" unless OK closed the dialogue ("OK").
   QString result() const { return m_result; }
@@ -67,11 +59,11 @@ public:
   platform::ControlArray<platform::Button> mCmdBttn{QStringLiteral("mCmdBttn")};
 
 private:
+  // Showing loads the dialogue the first time (Form_Load), then brings it forward (Form_Activate).
+  void loaded() override { Form_Load(); }
+  void activated() override { Form_Activate(); }
   void checkNumber(const QString& number);
 
-  platform::Services& m_services;
-  bool m_visible = false;
-  bool m_loaded = false;
   QString m_result = kCancel;
   QString m_errorText;
 };

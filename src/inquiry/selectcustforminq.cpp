@@ -1,7 +1,6 @@
 #include "selectcustforminq.h"
 
 #include "codetablequerytext.h"
-#include "screenrequest.h"
 
 #include "messaging/recordsetbuilder.h"
 #include "messaging/replychecker.h"
@@ -16,9 +15,9 @@
 #include "platform/services.h"
 #include "platform/sessionsettings.h"
 #include "platform/user.h"
+#include "screencore/screenrequest.h"
 
 #include <algorithm>
-#include <stdexcept>
 
 namespace adjustacc::inquiry {
 
@@ -27,9 +26,6 @@ using platform::raise;
 using platform::trap;
 
 namespace {
-
-const QString kSource = QStringLiteral("QORVA_SelectCustFormInq.");
-QString source(const char* procedure) { return kSource + QLatin1String(procedure); }
 
 const QString kSection = QStringLiteral("CUSTOMERFORM");
 const QString kErrorsHeading = QStringLiteral("Errors Found ... ");
@@ -48,7 +44,7 @@ QString formatFormNumber(const QString& formNumber, const QString& checkDigit) {
 }
 
 QORVA_SelectCustFormInq::QORVA_SelectCustFormInq(platform::Services& services, QObject* parent)
-    : QObject(parent), QORVA_CustSelect1(services), m_services(services) {
+    : ModalScreen(services, kFormName, kCaption, parent), QORVA_CustSelect1(services) {
   QORVA_CustSelect1.setAllowEdit(true);
   QORVA_CustSelect1.setNotifyAlerts(true);
   QORVA_CustSelect1.setNoAddEdit(true);
@@ -116,25 +112,14 @@ void QORVA_SelectCustFormInq::layOutGrid() {
   mSdgGrid.setRowLoadedHandler([this](messaging::Bookmark bookmark) { mSdgDBGrid_RowLoaded(bookmark); });
 }
 
-void QORVA_SelectCustFormInq::setVisible(bool visible) {
-  if (visible && !m_loaded) {
-    m_loaded = true;
-    Form_Load();
-  }
-  m_visible = visible;
-}
-
 QString QORVA_SelectCustFormInq::replyToName() const {
   return m_services.session.applicationName() + QStringLiteral(".CustFormInq");
 }
 
 void QORVA_SelectCustFormInq::Form_Load() {
   trap(m_services, source("Form_Load"), [&] {
-    const messaging::Result<int> filled = mFtcboDocType.fill(
-        codeTableQueryText(m_services.user.region(), QStringLiteral("CSTATUS"), m_services.clock.today()));
-    if (!filled) {
-      throw std::runtime_error(filled.error().toStdString());
-    }
+    screencore::valueOrFail(mFtcboDocType.fill(
+        codeTableQueryText(m_services.user.region(), QStringLiteral("CSTATUS"), m_services.clock.today())));
     mAdodc1.setRecordset(messaging::RecordSetBuilder::empty(kSection));
     UpdateStatusMsg(QStringLiteral("Choose an account type and find the customer"));
   });
@@ -206,15 +191,12 @@ void QORVA_SelectCustFormInq::mFtcboDocType_Change() {
 
 void QORVA_SelectCustFormInq::SendPI() {
   trap(m_services, source("SendPI"), [&] {
-    messaging::RequestMessage& message = freshRequest(m_services, *this, mNcsbMessage, replyToName(), 47);
-    message.addParameter(marventoParameter(QStringLiteral("key:CUST_ID"), mStrCustID.trimmed()));
-    message.addParameter(marventoParameter(QStringLiteral("key:REF_TYP_CD"), mFtcboDocType.selectedCode()));
-    m_requestId = message.requestId();
-    connect(&message, &messaging::RequestMessage::DataReady, this,
-            &QORVA_SelectCustFormInq::mNcsbMessage_DataReady);
-    connect(&message, &messaging::RequestMessage::MsgTimeout, this,
-            &QORVA_SelectCustFormInq::mNcsbMessage_MsgTimeout);
-    message.send();
+    messaging::RequestMessage& message =
+        screencore::freshRequest(m_services, *this, mNcsbMessage, replyToName(), 47);
+    message.addParameter(screencore::marventoParameter(QStringLiteral("key:CUST_ID"), mStrCustID.trimmed()));
+    message.addParameter(
+        screencore::marventoParameter(QStringLiteral("key:REF_TYP_CD"), mFtcboDocType.selectedCode()));
+    m_requestId = screencore::sendRequest(message, *this);
     m_requestOutstanding = true;
     m_requestedType = mFtcboDocType.description();
     m_requestedFor = mStrCustName;
@@ -245,9 +227,7 @@ void QORVA_SelectCustFormInq::mNcsbMessage_DataReady(const QString& replyTo, con
       raise(AppError::LeaveEarly);
     }
     messaging::RecordSetPtr forms = messaging::RecordSetBuilder::build(reply, kSection, m_requestId);
-    if (const auto problem = forms->setSort(QStringLiteral("STP_DT ASC"))) {
-      throw std::runtime_error(problem->message(QStringLiteral("Sort text")).toStdString());
-    }
+    screencore::failOn(forms->setSort(QStringLiteral("STP_DT ASC")), QStringLiteral("Sort"));
     mAdodc1.setRecordset(forms);
     mCmdButton[ConfirmButton].setEnabled(false);
     if (forms->recordCount() > 0) {
@@ -307,18 +287,10 @@ void QORVA_SelectCustFormInq::mCmdButton_Click(int index) {
       m_dueAmount = due.trimmed();
     }
     if (const QString balance = text("BAL_DUE"); !balance.isEmpty()) {
-      const messaging::Result<platform::Currency> amount = platform::Currency::parse(balance);
-      if (!amount) {
-        throw std::runtime_error(amount.error().toStdString());
-      }
-      m_balance = amount.value();
+      m_balance = screencore::valueOrFail(platform::Currency::parse(balance));
     }
     if (const QString paid = text("LST_PYMT_DT"); !paid.isEmpty()) {
-      const messaging::Result<QDate> date = platform::parseAnyDate(paid.trimmed());
-      if (!date) {
-        throw std::runtime_error(date.error().toStdString());
-      }
-      m_lastPaymentDate = date.value();
+      m_lastPaymentDate = screencore::valueOrFail(platform::parseAnyDate(paid.trimmed()));
     }
     if (const QString status = text("CTTN_STTS_TXT"); !status.isEmpty()) {
       m_status = status.trimmed();

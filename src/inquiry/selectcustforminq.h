@@ -17,10 +17,9 @@
 #include "platform/datacontrol.h"
 #include "platform/grid.h"
 #include "platform/label.h"
-#include "platform/ui.h"
+#include "screencore/modalscreen.h"
 
 #include <QDate>
-#include <QObject>
 #include <QPointer>
 #include <QString>
 
@@ -30,7 +29,7 @@ class RequestMessage;
 
 namespace adjustacc::inquiry {
 
-class QORVA_SelectCustFormInq : public QObject, public platform::ModalForm {
+class QORVA_SelectCustFormInq : public screencore::ModalScreen {
   Q_OBJECT
 public:
   static inline const QString kFormName = QStringLiteral("QORVA_SelectCustFormInq");
@@ -40,13 +39,6 @@ public:
 
   explicit QORVA_SelectCustFormInq(platform::Services& services, QObject* parent = nullptr);
   ~QORVA_SelectCustFormInq() override;
-
-  // --- ModalForm ---------------------------------------------------------------------------------------
-  QString formName() const override { return kFormName; }
-  QString caption() const override { return kCaption; }
-  bool isVisible() const override { return m_visible; }
-  // Showing the dialogue the first time loads it (Form_Load).
-  void setVisible(bool visible) override;
 
   // --- what the opener reads after the dialogue closed ------------------------------------------------
   QString DocumentNumber() const { return m_documentNumber; }  // "0000123-4"; empty when nothing chosen
@@ -93,12 +85,11 @@ public:
   platform::Label mLblStatus{QStringLiteral("mLblStatus")};
 
 private:
+  // Showing the dialogue the first time loads it (Form_Load).
+  void loaded() override { Form_Load(); }
   void layOutGrid();
   void showErrors();
 
-  platform::Services& m_services;
-  bool m_visible = false;
-  bool m_loaded = false;
   QPointer<messaging::RequestMessage> mNcsbMessage;
   QString m_requestId;
   bool m_requestOutstanding = false;

@@ -52,6 +52,8 @@ void raise(AppError error, const QString& description) {
   throw ProcedureError(static_cast<quint32>(error), description);
 }
 
+void fail(const QString& description) { throw ProcedureError(0, description); }
+
 TrapOutcome trap(ErrorReporter& reporter, const QString& applicationName, const QString& sourceName,
                  const std::function<void()>& body) {
   try {

@@ -39,6 +39,7 @@ enum class AppError : quint32 {
 class ProcedureError : public std::exception {
 public:
   ProcedureError(quint32 number, QString description);
+  // 0 for a failure that is no application error (fail()).
   quint32 number() const { return m_number; }
   QString description() const { return m_description; }
   // True for the two numbers that only leave a procedure (LeaveEarly, ActivityCheckFailed).
@@ -53,6 +54,10 @@ private:
 
 // Raises an application error inside a trapped procedure.
 [[noreturn]] void raise(AppError error, const QString& description = {});
+
+// Ends a trapped procedure with an unexpected failure whose text goes to the error reporter as it stands
+// (a sort text the record set refused, an amount that could not be read).
+[[noreturn]] void fail(const QString& description);
 
 enum class TrapOutcome {
   Completed,  // the body ran to its end

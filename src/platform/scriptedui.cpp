@@ -73,6 +73,11 @@ MsgAnswer ScriptedUi::messageBox(const QString& text, MsgButtons buttons, MsgIco
   }
   m_boxes.append(Box{text, buttons, icon, title, answer});
   m_events.append(QStringLiteral("box: ") + text);
+  if (!m_duringBox.empty()) {
+    const std::function<void()> during = std::move(m_duringBox.front());
+    m_duringBox.pop_front();
+    during();
+  }
   return answer;
 }
 

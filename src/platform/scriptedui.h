@@ -51,6 +51,9 @@ public:
   void queueAnswers(std::initializer_list<MsgAnswer> answers);
   int pendingAnswers() const { return static_cast<int>(m_answers.size()); }
   void setDefaultAnswer(std::optional<MsgAnswer> answer) { m_defaultAnswer = answer; }
+  // Runs while the next message box is open, standing in for the events (replies, time-outs, ticks) that a
+  // real box's event loop delivers before the person answers it.
+  void duringNextBox(std::function<void()> callback) { m_duringBox.push_back(std::move(callback)); }
 
   // Runs for the next modal form shown (in order; these come before the per-name handlers).
   void queueModal(FormCallback callback) { m_modalQueue.push_back(std::move(callback)); }
@@ -77,6 +80,7 @@ public:
 private:
   std::deque<MsgAnswer> m_answers;
   std::optional<MsgAnswer> m_defaultAnswer;
+  std::deque<std::function<void()>> m_duringBox;
   std::deque<FormCallback> m_modalQueue;
   std::map<QString, FormCallback> m_modalByName;
   QList<Box> m_boxes;

@@ -6,7 +6,6 @@
 #include "support/serviceset.h"
 
 #include "document/adjustacc.h"
-#include "document/detailscreens.h"
 #include "document/documenthost.h"
 #include "inquiry/forminq.h"
 #include "messaging/requestmessage.h"
@@ -44,27 +43,6 @@ class FakeHost : public DocumentHost {
 public:
   ToolbarHost* toolbarHost() override { return &toolbar; }
   FakeToolbar toolbar;
-};
-
-class RecordingDetails : public DetailScreens {
-public:
-  void loadArDetail(const ArDetailOpening& opening) override {
-    arOpenings.append(opening);
-    events.append(QStringLiteral("load"));
-  }
-  void showArDetail() override { events.append(QStringLiteral("show")); }
-  void addAssessmentLine(int gridIndex, const QString& line) override { lines.append({gridIndex, line}); }
-  void openReceiptDetail(const ReceiptDetailOpening& opening,
-                         std::unique_ptr<messaging::RequestMessage> request) override {
-    receiptOpenings.append(opening);
-    receiptRequests.append(request ? request->request() : messaging::Request());
-    events.append(QStringLiteral("receipt"));
-  }
-  QList<ArDetailOpening> arOpenings;
-  QList<std::pair<int, QString>> lines;
-  QList<ReceiptDetailOpening> receiptOpenings;
-  QList<messaging::Request> receiptRequests;
-  QStringList events;
 };
 
 // Reply rows by field name. The section has the fields the rows name; the record-set builder adds the rest of
@@ -113,7 +91,7 @@ protected:
       m_set.codes.add(table, code, description);
       m_set.codeTables.add(table, code, description);
     }
-    m_document = std::make_unique<QORVA_AdjustAcc>(m_set.services, m_container, m_host, &m_details);
+    m_document = std::make_unique<QORVA_AdjustAcc>(m_set.services, m_container, m_host);
   }
 
   QORVA_AdjustAcc& doc() { return *m_document; }
@@ -155,7 +133,6 @@ protected:
   testsupport::ServiceSet m_set;
   FakeContainer m_container;
   FakeHost m_host;
-  RecordingDetails m_details;
   std::unique_ptr<QORVA_AdjustAcc> m_document;
 };
 

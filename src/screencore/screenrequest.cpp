@@ -4,7 +4,7 @@
 #include "platform/sessionsettings.h"
 #include "platform/user.h"
 
-namespace adjustacc::inquiry {
+namespace adjustacc::screencore {
 
 messaging::RequestParameter marventoParameter(const QString& key, const QString& value) {
   return {kParameterSystem, key, QStringLiteral("="), value};
@@ -32,4 +32,4 @@ messaging::RequestMessage& freshRequest(platform::Services& services, QObject& s
   return *message;
 }
 
-}  // namespace adjustacc::inquiry
+}  // namespace adjustacc::screencore

@@ -7,8 +7,8 @@ namespace adjustacc::platform {
 class Grid;
 }
 
-namespace adjustacc::document {
+namespace adjustacc::screencore {
 
 void prepareList(platform::Grid& grid);
 
-}  // namespace adjustacc::document
+}  // namespace adjustacc::screencore

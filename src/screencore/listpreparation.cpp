@@ -3,7 +3,7 @@
 #include "platform/datacontrol.h"
 #include "platform/grid.h"
 
-namespace adjustacc::document {
+namespace adjustacc::screencore {
 
 void prepareList(platform::Grid& grid) {
   grid.setAllowUpdate(false);
@@ -13,4 +13,4 @@ void prepareList(platform::Grid& grid) {
   grid.setRedraw(true);
 }
 
-}  // namespace adjustacc::document
+}  // namespace adjustacc::screencore

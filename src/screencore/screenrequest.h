@@ -2,11 +2,13 @@
 // What every screen does to start a request to the host system: a fresh request-message object in the
 // screen's member mNcsbMessage (the one before it is let go, and its late answer with it), filled in the
 // fixed order reply-to name, version, request code, user, with the session's update time-out as the time
-// it may take. The screen then adds its parameters, keeps the request id, connects its handlers and sends.
+// it may take. The screen then adds its parameters and sends it with sendRequest, which connects the
+// screen's two handlers and answers the request id the screen keeps to match the reply.
 
 #include "messaging/request.h"
 #include "messaging/requestmessage.h"
 
+#include <QObject>
 #include <QPointer>
 #include <QString>
 
@@ -14,7 +16,7 @@ namespace adjustacc::platform {
 struct Services;
 }
 
-namespace adjustacc::inquiry {
+namespace adjustacc::screencore {
 
 // The one system name every parameter of this component carries.
 inline const QString kParameterSystem = QStringLiteral("MARVENTO");
@@ -32,4 +34,15 @@ messaging::RequestMessage& freshRequest(platform::Services& services, QObject& s
                                         QPointer<messaging::RequestMessage>& member, const QString& replyTo,
                                         int requestCode);
 
-}  // namespace adjustacc::inquiry
+// Connects the screen's mNcsbMessage_DataReady and mNcsbMessage_MsgTimeout to the message, sends it and
+// answers its request id. The handlers are connected before the send, so no answer can pass them by.
+template <typename Screen>
+QString sendRequest(messaging::RequestMessage& message, Screen& screen) {
+  QObject::connect(&message, &messaging::RequestMessage::DataReady, &screen, &Screen::mNcsbMessage_DataReady);
+  QObject::connect(&message, &messaging::RequestMessage::MsgTimeout, &screen, &Screen::mNcsbMessage_MsgTimeout);
+  const QString id = message.requestId();
+  message.send();
+  return id;
+}
+
+}  // namespace adjustacc::screencore
