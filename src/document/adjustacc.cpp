@@ -1,5 +1,7 @@
 #include "adjustacc.h"
 
+#include "ardetail/accdetail.h"
+#include "ardetail/assessmentline.h"
 #include "inquiry/forminq.h"
 #include "messaging/recordsetbuilder.h"
 #include "messaging/replychecker.h"
@@ -34,6 +36,7 @@ const screencore::ProcedureNames source(QStringLiteral("QORVA_AdjustAcc"));
 
 const QString kReceivablesSection = QStringLiteral("ACNTSRCVBL");
 const QString kReceiptsSection = QStringLiteral("RECEIPT");
+const QString kAssessmentSection = QStringLiteral("ASSESSMENT");
 const QString kAccountTypeTable = QStringLiteral("REFDOCTYP");
 const QString kUnbold = QStringLiteral("UNBOLD");
 
@@ -266,6 +269,21 @@ void QORVA_AdjustAcc::SendAdjustPI() {
   });
 }
 
+void QORVA_AdjustAcc::SendAccRecvPI(const QString& receivableNumber, const QString& receivableType) {
+  trap(m_services, source("SendAccRecvPI"), [&] {
+    messaging::RequestMessage& message = screencore::freshRequest(
+        m_services, *this, mNcsbMessage, m_services.session.applicationName(), kAccountInquiryCode);
+    message.addParameter(marventoParameter(QStringLiteral("key:REF_NBR"), receivableNumber.trimmed()));
+    message.addParameter(marventoParameter(QStringLiteral("key:REF_TYP_CD"), receivableType.trimmed()));
+    message.addParameter(marventoParameter(QStringLiteral("key:LPO"), QStringLiteral("NO")));
+    m_requestId = screencore::sendRequest(message, *this);
+    m_requestOutstanding = true;
+    // The status line already names the receivable being searched for.
+    m_services.ui.setPointer(platform::Pointer::Hourglass);
+    m_timedOut = false;
+  });
+}
+
 // --- replies ---------------------------------------------------------------------------------------------------------
 
 void QORVA_AdjustAcc::mNcsbMessage_MsgTimeout() {
@@ -298,13 +316,19 @@ void QORVA_AdjustAcc::mNcsbMessage_DataReady(const QString& replyTo, const messa
         !error.isEmpty()) {
       replyFailed(error);
     }
-    const bool anyReceivables = takeList(ReceivablesList, reply);
-    const bool anyReceipts = takeList(ReceiptsList, reply);
-    if (!anyReceivables && !anyReceipts && m_requestOutstanding) {
-      m_services.statusBar.setText(accountDescription() + QStringLiteral(" number ") + m_accountNumber +
-                                   QStringLiteral(" not found"));
-    } else {
+    if (reply.hasSection(kAssessmentSection)) {
+      // The assessments of one receivable, for the detail screen; the lists stay as they are.
+      handAssessments(reply);
       m_services.statusBar.setText(title::Ready);
+    } else {
+      const bool anyReceivables = takeList(ReceivablesList, reply);
+      const bool anyReceipts = takeList(ReceiptsList, reply);
+      if (!anyReceivables && !anyReceipts && m_requestOutstanding) {
+        m_services.statusBar.setText(accountDescription() + QStringLiteral(" number ") + m_accountNumber +
+                                     QStringLiteral(" not found"));
+      } else {
+        m_services.statusBar.setText(title::Ready);
+      }
     }
     m_requestOutstanding = false;
   });
@@ -325,6 +349,17 @@ bool QORVA_AdjustAcc::takeList(int index, const messaging::Reply& reply) {
   screencore::failOn(set->setSort(sort), QStringLiteral("Sort"));
   mSdgDBGrid[index].refresh();
   return true;
+}
+
+void QORVA_AdjustAcc::handAssessments(const messaging::Reply& reply) {
+  messaging::RecordSetPtr assessments = RecordSetBuilder::build(reply, kAssessmentSection, m_requestId);
+  if (assessments->recordCount() == 0 || m_openDetail == nullptr) {
+    return;
+  }
+  screencore::failOn(assessments->setSort(ardetail::kAssessmentSort), QStringLiteral("Sort"));
+  for (assessments->moveFirst(); !assessments->eof(); assessments->moveNext()) {
+    m_openDetail->addAssessment(*assessments);
+  }
 }
 
 // --- the lists -------------------------------------------------------------------------------------------------------
@@ -457,7 +492,30 @@ void QORVA_AdjustAcc::openArDetail(platform::Grid& grid, int row) {
   }
   m_services.statusBar.setText(QStringLiteral("Searching for account receivable number ") + number + u'-' +
                                cell("ACCT_RCVBL_CK_NBR"));
-  screenNotAvailable(QStringLiteral("Account Receivable Detail"));
+  ardetail::QORVA_AccDetail detail(m_services);
+  detail.setCustomerID(cell("CUST_ID"));
+  detail.setFormDescription(cell("FORM_DESC"));
+  detail.setARNumber(number);
+  detail.setARCheckNumber(cell("ACCT_RCVBL_CK_NBR"));
+  detail.setARType(cell("ACCT_RCVBL_TYP_CD"));
+  detail.setStatus(cell("ACCT_STTS_CD"), cell("STTS_DESC"));
+  detail.setCustomerName(cell("CUST_NAME"));
+  detail.setActivityStatus(cell("ACTV_STTS_CD"));
+  detail.setCaseID(cell("CASE_ID"));
+  if (m_receivables) {
+    const int at = m_receivables->rowOfBookmark(grid.bookmarkAt(row));
+    detail.setRowVersion(m_receivables->valueAt(at, QStringLiteral("ROW_VRSN_NBR")).toString());
+  }
+  detail.setSaveAllowed(receivableMaySave(cell("ACTV_STTS_CD"), cell("CASE_ID"), cell("ACCT_STTS_CD")));
+  // The assessments arrive while the screen is open; the document hands them on as they come.
+  m_openDetail = &detail;
+  SendAccRecvPI(number, cell("ACCT_RCVBL_TYP_CD"));
+  detail.showModal();
+  m_openDetail = nullptr;
+  if (detail.AccountChanged()) {
+    // A save was made (or may have been): the lists show the account as the host now has it.
+    SendAdjustPI();
+  }
 }
 
 void QORVA_AdjustAcc::openReceiptDetail(platform::Grid& grid, int row) {
@@ -476,6 +534,17 @@ void QORVA_AdjustAcc::screenNotAvailable(const QString& caption) {
                                .arg(caption),
                            platform::MsgButtons::Ok, platform::MsgIcon::Information, title::messageTitle());
   m_services.statusBar.setText(title::Ready);
+}
+
+bool receivableMaySave(const QString& activityStatus, const QString& caseId, const QString& statusCode) {
+  // Tested in this order; any one of them makes the receivable view-only.
+  if (activityStatus == u"I") {
+    return false;
+  }
+  if (!caseId.trimmed().isEmpty()) {
+    return false;
+  }
+  return statusCode.trimmed().toUpper() != u"V";
 }
 
 }  // namespace adjustacc::document

@@ -26,6 +26,9 @@
 #include <QPointer>
 #include <QString>
 
+namespace adjustacc::ardetail {
+class QORVA_AccDetail;
+}
 namespace adjustacc::messaging {
 class RequestMessage;
 }
@@ -34,6 +37,10 @@ struct Services;
 }
 
 namespace adjustacc::document {
+
+// Whether a receivable may be saved from its detail screen: not when it is inactive (ACTV_STTS_CD "I"), bound
+// to a case (CASE_ID not blank) or voided (ACCT_STTS_CD "V"); it may still be looked at.
+bool receivableMaySave(const QString& activityStatus, const QString& caseId, const QString& statusCode);
 
 class QORVA_AdjustAcc : public QObject {
   Q_OBJECT
@@ -97,6 +104,7 @@ public:
 private:
   void UserDocument_Initialize();
   void SendAdjustPI();
+  void SendAccRecvPI(const QString& receivableNumber, const QString& receivableType);
   void SetTabs();
   void ConfigureToolbar(bool remove);
   void InitializeData();
@@ -106,6 +114,7 @@ private:
   void screenNotAvailable(const QString& caption);
   [[noreturn]] void replyFailed(const QString& text);
   bool takeList(int index, const messaging::Reply& reply);
+  void handAssessments(const messaging::Reply& reply);
   QString accountDescription() const;
   // The description of a code, remembered for the rows of the list's current record set: a list of many rows
   // carries few distinct codes.
@@ -118,6 +127,8 @@ private:
   ToolbarHost* m_toolbar = nullptr;
 
   QPointer<messaging::RequestMessage> mNcsbMessage;
+  // The account receivable detail screen while it is open: the assessments the document requested go to it.
+  ardetail::QORVA_AccDetail* m_openDetail = nullptr;
   QString m_accountNumber;
   QString m_accountType;
   QString m_requestId;

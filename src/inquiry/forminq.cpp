@@ -1,6 +1,6 @@
 #include "forminq.h"
 
-#include "codetablequerytext.h"
+#include "screencore/codetablequerytext.h"
 #include "selectcustforminq.h"
 
 #include "platform/checkdigit.h"
@@ -61,8 +61,8 @@ QORVA_FormInq::~QORVA_FormInq() = default;
 void QORVA_FormInq::Form_Load() {
   trap(m_services, source("Form_Load"), [&] {
     // The box keeps the code table its opener named; the types it offers are those of the form documents.
-    screencore::valueOrFail(mFtcboDocType.fill(
-        codeTableQueryText(m_services.user.region(), QStringLiteral("FORMDOC"), m_services.clock.today())));
+    screencore::valueOrFail(mFtcboDocType.fill(screencore::codeTableQueryText(
+        m_services.user.region(), QStringLiteral("FORMDOC"), m_services.clock.today())));
   });
 }
 

@@ -1,6 +1,6 @@
 #include "selectcustforminq.h"
 
-#include "codetablequerytext.h"
+#include "screencore/codetablequerytext.h"
 
 #include "messaging/recordsetbuilder.h"
 #include "messaging/replychecker.h"
@@ -118,8 +118,8 @@ QString QORVA_SelectCustFormInq::replyToName() const {
 
 void QORVA_SelectCustFormInq::Form_Load() {
   trap(m_services, source("Form_Load"), [&] {
-    screencore::valueOrFail(mFtcboDocType.fill(
-        codeTableQueryText(m_services.user.region(), QStringLiteral("CSTATUS"), m_services.clock.today())));
+    screencore::valueOrFail(mFtcboDocType.fill(screencore::codeTableQueryText(
+        m_services.user.region(), QStringLiteral("CSTATUS"), m_services.clock.today())));
     mAdodc1.setRecordset(messaging::RecordSetBuilder::empty(kSection));
     UpdateStatusMsg(QStringLiteral("Choose an account type and find the customer"));
   });

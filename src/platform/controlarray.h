@@ -40,17 +40,9 @@ public:
 
   // The element at index. An index the array lacks is a fault in the screen: it is logged and a spare
   // control that no view shows is returned, so the procedure goes on instead of crashing.
-  T& operator[](int index) {
-    if (T* control = find(index)) {
-      return *control;
-    }
-    qCWarning(lcControls) << "control array" << m_name << "has no element" << index;
-    if (!m_spare) {
-      m_spare = std::make_unique<T>(m_name);
-    }
-    return *m_spare;
-  }
-  T& at(int index) { return (*this)[index]; }
+  T& operator[](int index) { return element(index); }
+  const T& operator[](int index) const { return element(index); }
+  T& at(int index) { return element(index); }
 
   int count() const { return static_cast<int>(m_items.size()); }
   QList<int> indexes() const {
@@ -69,9 +61,21 @@ public:
   }
 
 private:
+  T& element(int index) const {
+    if (T* control = find(index)) {
+      return *control;
+    }
+    qCWarning(lcControls) << "control array" << m_name << "has no element" << index;
+    if (!m_spare) {
+      m_spare = std::make_unique<T>(m_name);
+    }
+    return *m_spare;
+  }
+
   QString m_name;
   std::map<int, std::unique_ptr<T>> m_items;
-  std::unique_ptr<T> m_spare;
+  // Made the first time a missing element is asked for, by a reading procedure too.
+  mutable std::unique_ptr<T> m_spare;
 };
 
 }  // namespace adjustacc::platform

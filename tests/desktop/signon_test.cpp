@@ -5,7 +5,7 @@
 
 #include "host/demodata.h"
 #include "host/embeddedlink.h"
-#include "inquiry/codetablequerytext.h"
+#include "screencore/codetablequerytext.h"
 #include "messaging/reply.h"
 #include "messaging/scriptedlink.h"
 #include "platform/clock.h"
@@ -232,7 +232,7 @@ TEST(SignOnEmbeddedTest, TheLocalCopyDescribesEndedAndFutureCodesWhileTheBoxesOf
   platform::SqlCodeTableSource source(store.connectionName(), clock);
   const auto offered = [&](const QString& table) {
     QStringList codes;
-    const auto rows = source.run(inquiry::codeTableQueryText(signOn.user().regionCode(), table, day));
+    const auto rows = source.run(screencore::codeTableQueryText(signOn.user().regionCode(), table, day));
     EXPECT_TRUE(rows) << rows.error().toStdString();
     for (int row = 0; rows && row < rows->recordCount(); ++row) {
       codes.append(rows->valueAt(row, u"CD_TBL_CD"_s).toString());

@@ -5,6 +5,7 @@
 #include "support/screentest.h"
 #include "support/serviceset.h"
 
+#include "ardetail/accdetail.h"
 #include "document/adjustacc.h"
 #include "document/documenthost.h"
 #include "inquiry/forminq.h"
@@ -87,10 +88,12 @@ protected:
     for (const auto& [table, code, description] :
          {std::tuple{u"REFDOCTYP"_s, u"C"_s, u"CITATION ENF001"_s}, {u"REFDOCTYP"_s, u"P"_s, u"PAYMENT PLAN"_s},
           {u"FORMDOC"_s, u"C"_s, u"CITATION ENF001"_s}, {u"FORMDOC"_s, u"P"_s, u"PAYMENT PLAN"_s},
-          {u"CSTATUS"_s, u"U"_s, u"UNPAID"_s}, {u"CSTATUS"_s, u"V"_s, u"VOID"_s}, {u"REFUNDTYP"_s, u"O"_s, u"OPEN"_s}}) {
+          {u"CSTATUS"_s, u"U"_s, u"UNPAID"_s}, {u"CSTATUS"_s, u"V"_s, u"VOID"_s}, {u"REFUNDTYP"_s, u"O"_s, u"OPEN"_s},
+          {u"ACCADJUST"_s, u"V"_s, u"VOID"_s}, {u"ACCADJUST"_s, u"D"_s, u"DELETE"_s}}) {
       m_set.codes.add(table, code, description);
       m_set.codeTables.add(table, code, description);
     }
+    m_set.user.grant(u"ADJUSTAR"_s);
     m_document = std::make_unique<QORVA_AdjustAcc>(m_set.services, m_container, m_host);
   }
 

@@ -1,5 +1,6 @@
 // The document against the real host system on a demo database: opening a demo account through Open
-// Account, the lists filled and described from the code tables.
+// Account, the lists filled and described from the code tables, and the assessments of a receivable in its
+// detail screen.
 #include "documentfixture.h"
 
 #include "host/demodata.h"
@@ -12,7 +13,7 @@
 namespace adjustacc::document::testing {
 namespace {
 
-TEST(EmbeddedDocument, OpensADemoCitation) {
+TEST(EmbeddedDocument, OpensADemoCitationAndItsAssessments) {
   const QString connection = u"document-embedded"_s;
   QTemporaryDir dir;
   host::DatabaseOptions options;

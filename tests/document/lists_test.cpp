@@ -43,31 +43,88 @@ TEST_F(DocumentTest, AListsButtonIsUsableWithExactlyOneOfItsRowsSelected) {
   EXPECT_TRUE(list(1).selectedRows().isEmpty());
 }
 
-// Until the detail screens are part of the application, a chosen row says so plainly, names the row in the
-// status line as it stands, and leaves the account and the lists as they were.
-TEST_F(DocumentTest, DetailButtonsSayTheScreenIsNotAvailableYet) {
+TEST_F(DocumentTest, ArDetailOpensTheReceivableAndHandsItItsAssessments) {
   Row row = receivable(u"1000011"_s);
   row[u"ACCT_RCVBL_CK_NBR"_s] = u"5"_s;
-  openAccount({row}, {receipt(u" 0004711 "_s)});
+  openAccount({row}, {receipt(u"0004711"_s)});
+  ASSERT_TRUE(list(0).userClickRow(0));
+  const auto assessment = [](const QString& status, const QString& code, const QString& issued) {
+    return Row{{u"VLTN_ASSMT_STTS_CD"_s, status}, {u"ASSMT_CD"_s, code}, {u"ASSMT_ISSUE_DT"_s, issued}};
+  };
+  QStringList shown;
+  m_set.ui.queueModal([&](platform::ModalForm& form) {
+    auto& detail = dynamic_cast<ardetail::QORVA_AccDetail&>(form);
+    EXPECT_EQ(m_set.statusBar.text(), u"Searching for account receivable number 1000011-5");
+    shown = QStringList{detail.CustomerID(), detail.FormDescription(), detail.ARNumber(), detail.ARCheckNumber(),
+                        detail.ARType(), detail.StatusCode(),
+                        detail.mLblAdjust[ardetail::QORVA_AccDetail::StatusLabel].caption(),
+                        detail.mLblAdjust[ardetail::QORVA_AccDetail::NameLabel].caption()};
+    EXPECT_TRUE(detail.mCmdButton[ardetail::QORVA_AccDetail::SaveButton].isEnabled());
+    EXPECT_EQ(m_set.link.lastRequest().params,
+              (QList<messaging::RequestParameter>{{u"MARVENTO"_s, u"key:REF_NBR"_s, u"="_s, u"1000011"_s},
+                                                  {u"MARVENTO"_s, u"key:REF_TYP_CD"_s, u"="_s, u"C"_s},
+                                                  {u"MARVENTO"_s, u"key:LPO"_s, u"="_s, u"NO"_s}}));
+    // The assessments come while the screen is open, in the order of their codes and dates.
+    answer(testsupport::replyWith({{u"ASSESSMENT"_s, rowsOf({assessment(u"A"_s, u"P01"_s, u"2024-01-20"_s),
+                                                             assessment(u"I"_s, u"F09"_s, u"2024-01-05"_s),
+                                                             assessment(u"A"_s, u"P01"_s, u"2024-01-10"_s)})}}));
+    const platform::Grid& available = detail.mSdgDBGrid[ardetail::QORVA_AccDetail::AvailableGrid];
+    const platform::Grid& adjusted = detail.mSdgDBGrid[ardetail::QORVA_AccDetail::AdjustedGrid];
+    EXPECT_EQ(available.rows(), 2);
+    EXPECT_EQ(available.column(u"ASSMT_ISSUE_DT"_s).cellValue(0), u"2024-01-10"_s);
+    EXPECT_EQ(adjusted.rows(), 1);
+    EXPECT_EQ(m_set.statusBar.text(), u"Ready");
+    detail.mCmdButton[ardetail::QORVA_AccDetail::CloseButton].click();
+  });
+  const int before = m_set.link.requestCount();
+  ASSERT_TRUE(doc().mCmdButton[QORVA_AdjustAcc::ArDetailButton].click());
+  EXPECT_EQ(shown, (QStringList{u"100001"_s, u"CITATION ENF001"_s, u"1000011"_s, u"5"_s, u"C"_s, u"U"_s, u"UNPAID"_s,
+                                u"SMITH TRUCKING LLC"_s}));
+  // Nothing was saved: the account is not read again.
+  EXPECT_EQ(m_set.link.requestCount(), before + 1);
+  EXPECT_EQ(list(0).rows(), 1);
+  EXPECT_EQ(list(1).rows(), 1);
+}
+
+TEST_F(DocumentTest, InactiveCaseBoundOrVoidedReceivablesAreViewOnly) {
+  struct Case {
+    QVariant activity;
+    QVariant caseId;
+    QString status;
+    bool saveEnabled;
+  };
+  for (const Case& c : {Case{u"A"_s, u"   "_s, u"U"_s, true}, Case{u"I"_s, QVariant(), u"U"_s, false},
+                        Case{u"A"_s, u" CV-2024-0117 "_s, u"U"_s, false}, Case{u"A"_s, QVariant(), u" v "_s, false}}) {
+    Row row = receivable(u"1200001"_s, c.status);
+    row[u"ACTV_STTS_CD"_s] = c.activity;
+    row[u"CASE_ID"_s] = c.caseId;
+    openAccount({row}, {});
+    list(0).userClickRow(0);
+    bool saveEnabled = !c.saveEnabled;
+    m_set.ui.queueModal([&](platform::ModalForm& form) {
+      auto& detail = dynamic_cast<ardetail::QORVA_AccDetail&>(form);
+      saveEnabled = detail.mCmdButton[ardetail::QORVA_AccDetail::SaveButton].isEnabled();
+    });
+    doc().mCmdButton_Click(QORVA_AdjustAcc::ArDetailButton);
+    EXPECT_EQ(saveEnabled, c.saveEnabled) << c.activity.toString().toStdString();
+  }
+}
+
+// Until the receipt screen is part of the application, a chosen receipt says so plainly, names the row in the
+// status line as it stands, and leaves the account and the lists as they were.
+TEST_F(DocumentTest, ReceiptDetailSaysTheScreenIsNotAvailableYet) {
+  openAccount({receivable(u"1000011"_s)}, {receipt(u" 0004711 "_s)});
   const int requests = m_set.link.requestCount();
   QStringList statuses;
   QObject::connect(&m_set.statusBar, &platform::StatusBar::textChanged,
                    [&statuses](const QString& text) { statuses.append(text); });
-
-  ASSERT_TRUE(list(0).userClickRow(0));
-  ASSERT_TRUE(doc().mCmdButton[QORVA_AdjustAcc::ArDetailButton].click());
   ASSERT_TRUE(list(1).userClickRow(0));
   ASSERT_TRUE(doc().mCmdButton[QORVA_AdjustAcc::ReceiptDetailButton].click());
-
-  EXPECT_EQ(statuses, (QStringList{u"Searching for account receivable number 1000011-5"_s, u"Ready"_s,
-                                   u"Searching for Receipt number  0004711 "_s, u"Ready"_s}));
-  ASSERT_EQ(m_set.ui.boxCount(), 2);
-  EXPECT_TRUE(m_set.ui.boxTexts().at(0).startsWith(u"The Account Receivable Detail screen is not available"));
-  EXPECT_TRUE(m_set.ui.boxTexts().at(1).startsWith(u"The Receipt Detail screen is not available"));
+  EXPECT_EQ(statuses, (QStringList{u"Searching for Receipt number  0004711 "_s, u"Ready"_s}));
+  ASSERT_EQ(m_set.ui.boxCount(), 1);
+  EXPECT_TRUE(m_set.ui.lastBox().text.startsWith(u"The Receipt Detail screen is not available"));
   EXPECT_EQ(m_set.ui.lastBox().icon, platform::MsgIcon::Information);
   EXPECT_EQ(m_set.link.requestCount(), requests);
-  EXPECT_EQ(doc().accountNumber(), u"1234-4");
-  EXPECT_EQ(list(0).rows(), 1);
   EXPECT_EQ(list(1).rows(), 1);
 }
 

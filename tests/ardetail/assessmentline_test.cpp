@@ -1,13 +1,13 @@
-// The assessment line handed to the detail screen: cell by cell, with every fallback.
+// The assessment line of the detail screen's grids: cell by cell, with every fallback.
 #include "support/screentest.h"
 
-#include "document/assessmentline.h"
+#include "ardetail/assessmentline.h"
 
 #include "platform/memorycodelookup.h"
 
 #include <gtest/gtest.h>
 
-namespace adjustacc::document {
+namespace adjustacc::ardetail {
 namespace {
 
 using namespace Qt::Literals::StringLiterals;
@@ -44,4 +44,4 @@ TEST(AssessmentLine, BuildsEveryCellWithItsFallback) {
 }
 
 }  // namespace
-}  // namespace adjustacc::document
+}  // namespace adjustacc::ardetail

@@ -1,6 +1,6 @@
 #include "codetablequerytext.h"
 
-namespace adjustacc::inquiry {
+namespace adjustacc::screencore {
 
 QString codeTableQueryText(const QString& region, const QString& codeTable, const QDate& today) {
   QString text = QStringLiteral("Select CD_TBL_ID, CD_TBL_CD, CD_TBL_DES ") + QStringLiteral("From QVR_CODE Where ") +
@@ -23,4 +23,4 @@ QString orderedCodeTableQueryText(const QString& region, const QString& codeTabl
          QStringLiteral(") Order by cd_tbl_des");
 }
 
-}  // namespace adjustacc::inquiry
+}  // namespace adjustacc::screencore

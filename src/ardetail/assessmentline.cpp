@@ -4,7 +4,7 @@
 
 #include <QStringList>
 
-namespace adjustacc::document {
+namespace adjustacc::ardetail {
 
 AssessmentLine assessmentLine(const messaging::RecordSet& assessments, platform::CodeLookup& codes) {
   const auto cell = [&](const char* field) { return assessments.value(QLatin1String(field)).toString().trimmed(); };
@@ -34,4 +34,4 @@ AssessmentLine assessmentLine(const messaging::RecordSet& assessments, platform:
   return {status == u"A" ? 0 : 1, cells.join(u'\t')};
 }
 
-}  // namespace adjustacc::document
+}  // namespace adjustacc::ardetail

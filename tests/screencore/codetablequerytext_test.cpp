@@ -1,7 +1,7 @@
 // The code-table query texts: their exact shape, and which codes they offer on a real database.
 #include "support/screentest.h"
 
-#include "inquiry/codetablequerytext.h"
+#include "screencore/codetablequerytext.h"
 
 #include "host/hostsystem.h"
 #include "platform/clock.h"
@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-namespace adjustacc::inquiry {
+namespace adjustacc::screencore {
 namespace {
 
 TEST(CodeTableQueryText, IsWrittenExactlyAsTheCodeBoxesHaveAlwaysWrittenIt) {
@@ -65,4 +65,4 @@ TEST(CodeTableQueryText, OffersTheCodesInEffectOnTheDayGiven) {
 }
 
 }  // namespace
-}  // namespace adjustacc::inquiry
+}  // namespace adjustacc::screencore

@@ -9,7 +9,7 @@
 #include <QDate>
 #include <QString>
 
-namespace adjustacc::inquiry {
+namespace adjustacc::screencore {
 
 // The query every account-type box uses:
 //   Select CD_TBL_ID, CD_TBL_CD, CD_TBL_DES From QVR_CODE Where REGION='<REGION>' And (CD_TBL_ID = '<table>'
@@ -23,4 +23,4 @@ QString codeTableQueryText(const QString& region, const QString& codeTable, cons
 // ("...='<region>'And (CD_TBL_ID = ..." and "(END_DT)Is Null"). The region is used as given.
 QString orderedCodeTableQueryText(const QString& region, const QString& codeTable);
 
-}  // namespace adjustacc::inquiry
+}  // namespace adjustacc::screencore

@@ -17,7 +17,7 @@ namespace adjustacc::platform {
 class CodeLookup;
 }
 
-namespace adjustacc::document {
+namespace adjustacc::ardetail {
 
 // The sort the assessments are listed in.
 inline const QString kAssessmentSort = QStringLiteral("ASSMT_CD ASC, ASSMT_ISSUE_DT ASC");
@@ -30,4 +30,4 @@ struct AssessmentLine {
 // The line of the record set's current row. Fields the set lacks read as null.
 AssessmentLine assessmentLine(const messaging::RecordSet& assessments, platform::CodeLookup& codes);
 
-}  // namespace adjustacc::document
+}  // namespace adjustacc::ardetail

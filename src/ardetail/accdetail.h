@@ -1,0 +1,185 @@
+#pragma once
+// The "Account Receivable Detail" screen (QORVA_AccDetail): one account receivable of the open account, its
+// assessments (fees and penalties) in two grids, and the adjustment a clerk makes to it: remove assessments
+// ("Remove" in Available Assessments), reinstate removed ones ("Reinstate" in Adjusted  Assessments), void or
+// delete the form (action "V" / "D"), with a date and a comment. A removal of a License Purchase Option fee
+// asks for the option's particulars first (QORVA_LicPurchOpt); "Account Activity" opens the activity log
+// (QORVA_Activity), whose changed rows go back to the host with this screen's save.
+//
+// The opener (the document) builds the screen, hands over the chosen receivable through the properties
+// below, requests the receivable's assessments (they arrive as addAssessment calls while the screen is open),
+// shows it, and reads AccountChanged when it has closed: true means the account must be read again.
+//
+// The save runs under the save watch: SaveState, AccountChanged and MsgTimedOut are the watch's.
+
+#include "messaging/recordset.h"
+#include "messaging/reply.h"
+#include "platform/button.h"
+#include "platform/codescombo.h"
+#include "platform/controlarray.h"
+#include "platform/currency.h"
+#include "platform/datacontrol.h"
+#include "platform/datepicker.h"
+#include "platform/grid.h"
+#include "platform/label.h"
+#include "platform/textbox.h"
+#include "platform/timer.h"
+#include "screencore/modalscreen.h"
+#include "screencore/savewatch.h"
+
+#include <QPointer>
+#include <QString>
+
+#include <optional>
+
+namespace adjustacc::messaging {
+class RequestMessage;
+}
+
+namespace adjustacc::ardetail {
+
+class QORVA_AccDetail : public screencore::ModalScreen {
+  Q_OBJECT
+public:
+  static inline const QString kFormName = QStringLiteral("QORVA_AccDetail");
+  static inline const QString kCaption = QStringLiteral("Account Receivable Detail");
+  // Request code of this screen's requests (the save and the activity log).
+  static constexpr int kRequestCode = 41;
+  // Account receivable numbers above this one are generated forms.
+  static constexpr qint64 kLastKeyedFormNumber = 1999999;
+
+  enum Buttons { AccountActivityButton = 0, SaveButton = 2, CloseButton = 3 };
+  enum Grids { AvailableGrid = 0, AdjustedGrid = 1 };
+  // Indexes of mLblAdjust: captions, then the values the logic reads and writes.
+  enum Labels {
+    AccountCaption = 0,
+    NameCaption = 1,
+    StatusCaption = 2,
+    TypeCaption = 3,
+    ActionCaption = 4,
+    AccountNumberLabel = 5,
+    CommentCaption = 6,
+    DateCaption = 7,
+    TotalAdjustmentCaption = 8,
+    TotalRemovalCaption = 9,
+    TotalReinstatedCaption = 10,
+    TotalAdjustmentLabel = 11,
+    TotalRemovalLabel = 12,
+    TotalReinstatedLabel = 13,
+    TypeCodeLabel = 14,
+    StatusLabel = 15,
+    NameLabel = 16,
+  };
+
+  explicit QORVA_AccDetail(platform::Services& services, QObject* parent = nullptr);
+  ~QORVA_AccDetail() override;
+
+  // --- what the opener hands over (the chosen receivable, as its list shows it) --------------------------
+  void setCustomerID(const QString& id) { m_customerId = id; }
+  QString CustomerID() const { return m_customerId; }
+  void setFormDescription(const QString& description) { m_formDescription = description; }
+  QString FormDescription() const { return m_formDescription; }
+  // The number goes to the account-number label, the type code beside "Typ CD".
+  void setARNumber(const QString& number);
+  QString ARNumber() const { return mLblAdjust[AccountNumberLabel].caption(); }
+  void setARCheckNumber(const QString& checkNumber) { m_checkNumber = checkNumber; }
+  QString ARCheckNumber() const { return m_checkNumber; }
+  void setARType(const QString& type);
+  QString ARType() const { return mLblAdjust[TypeCodeLabel].caption(); }
+  // The receivable's status code and its description (code table "CSTATUS"), shown beside "Status:".
+  void setStatus(const QString& code, const QString& description);
+  QString StatusCode() const { return m_statusCode; }
+  void setCustomerName(const QString& name) { mLblAdjust[NameLabel].setCaption(name); }
+  void setActivityStatus(const QString& status) { m_activityStatus = status; }
+  void setCaseID(const QString& caseId) { m_caseId = caseId; }
+  // The version of the receivable's row as the list read it: the host refuses a save of a changed row.
+  void setRowVersion(const QString& version) { m_rowVersion = version; }
+  // False for a receivable that may be looked at but not saved: the Save button starts, and stays, disabled.
+  void setSaveAllowed(bool allowed);
+  bool saveAllowed() const { return m_saveAllowed; }
+
+  // One assessment, from the current row of an "ASSESSMENT" record set, to grid 0 (status "A") or grid 1.
+  void addAssessment(const messaging::RecordSet& assessments);
+
+  // --- the save watch -----------------------------------------------------------------------------------
+  QString SaveState() const { return m_watch.SaveState(); }
+  bool AccountChanged() const { return m_watch.AccountChanged(); }
+  bool MsgTimedOut() const { return m_watch.MsgTimedOut(); }
+  QString ErrorText() const { return m_errorText; }
+  QString replyToName() const;
+  QString requestId() const { return m_requestId; }
+
+  // --- procedures ------------------------------------------------------------------------------------------
+  void Form_Load();
+  void SetTabs();
+  void SetGridBolding(platform::Grid& grid);
+  void mNcsbMessage_DataReady(const QString& replyTo, const messaging::Reply& reply);
+  void mNcsbMessage_MsgTimeout();
+  void SendAccountPI();
+  void MoveGridRow(int index);
+  void mSdgDBGrid_Change(int index);
+  void mSdgDBGrid_AfterUpdate(int index);
+  void mSdgDBGrid_RowLoaded(int index, messaging::Bookmark bookmark);
+  void mDtpDTPicker_Change();
+  void QORVA_CodesCombo_Change();
+  void mCmdButton_Click(int index);
+  bool DataChanged();
+  // Runs the rules in their order into ErrorText and marks the inputs in error; it shows nothing itself
+  // (SaveData shows the text), so the change handlers run it as it is.
+  void CheckEdit();
+  void SaveData();
+  bool LPOFee();
+  void DefaultFieldColor();
+  void InitializeData();
+  void PendingSave(bool enable);
+  void UpdateTimeout();
+  void mTimUpdateTimeout_Timer();
+  void LoadAdjustARDTD(messaging::RequestMessage& message);
+  void LoadAssessmentDTD(messaging::RequestMessage& message);
+
+  // --- controls ------------------------------------------------------------------------------------------
+  platform::ControlArray<platform::Label> mLblAdjust{QStringLiteral("mLblAdjust")};
+  platform::QORVA_CodesCombo QORVA_CodesCombo{QStringLiteral("QORVA_CodesCombo")};
+  platform::DatePicker mDtpDTPicker{QStringLiteral("mDtpDTPicker")};
+  platform::TextBox mTxtAdjust{QStringLiteral("mTxtAdjust")};
+  platform::ControlArray<platform::Button> mCmdButton{QStringLiteral("mCmdButton")};
+  platform::ControlArray<platform::Grid> mSdgDBGrid{QStringLiteral("mSdgDBGrid")};
+  platform::Timer mTimUpdateTimeout{QStringLiteral("mTimUpdateTimeout")};
+
+private:
+  void loaded() override { Form_Load(); }
+  void layOutGrid(int index);
+  void close();
+  // The action code chosen in the code box, trimmed and upper-cased.
+  QString actionCode() const;
+  bool voidOrDelete() const;
+  // The account receivable number as a number, or nullopt when the label holds anything else.
+  std::optional<qint64> accountNumberValue() const;
+  bool isChecked(int grid, int row) const;
+  // The "Assessment" amount of a row; zero when the cell holds no sum of money.
+  platform::Currency amountOf(int grid, int row) const;
+  QString cell(int grid, int row, const char* column) const;
+  void fail(platform::Control& input, const QString& message);
+  void removeMovedRows(int index);
+  void showTotals(int changedGrid);
+  // The rows of the reply's "ASSESSMENT" section, in the order the grids list them.
+  void takeAssessments(const messaging::Reply& reply);
+
+  screencore::SaveWatch m_watch;
+  QPointer<messaging::RequestMessage> mNcsbMessage;
+  QString m_requestId;
+  QString m_errorText;
+  bool m_errorFlag = false;
+
+  QString m_customerId;
+  QString m_formDescription;
+  QString m_checkNumber;
+  QString m_statusCode;
+  QString m_activityStatus;
+  QString m_caseId;
+  QString m_rowVersion;
+  bool m_saveAllowed = true;
+  bool m_mayAdjust = true;
+};
+
+}  // namespace adjustacc::ardetail
