@@ -1,12 +1,14 @@
 // The document against the real host system on a demo database: opening a demo account through Open
-// Account, the lists filled and described from the code tables, and the assessments of a receivable in its
-// detail screen.
+// Account, the lists filled and described from the code tables, the assessments of a receivable in its
+// detail screen, a penalty removed there and the account read again with its new balance.
 #include "documentfixture.h"
 
 #include "host/demodata.h"
 #include "host/embeddedlink.h"
 #include "host/hostsystem.h"
+#include "platform/currency.h"
 #include "platform/sqlcodeservices.h"
+#include "screencore/procedure.h"
 
 #include <QSqlDatabase>
 
@@ -25,7 +27,8 @@ TEST(EmbeddedDocument, OpensADemoCitationAndItsAssessments) {
   {
     testsupport::ServiceSet set;
     host::EmbeddedLink link({dir.path(), u"adjustacc.sqlite"_s, host::demo::Admin, day});
-    platform::User officer(host::demo::Admin, u"Avery Lindqvist"_s, u"NE"_s);
+    platform::User officer(host::demo::Admin, u"Avery Lindqvist"_s, u"NE"_s, {u"ADJUSTAR"_s});
+    platform::Currency removed;
     platform::SqlCodeServices codeServices(connection, officer, set.clock, link, set.session);
     platform::Services services = codeServices.services(set.ui, link, set.clock, officer, set.session,
                                                         set.statusBar, set.errors, set.printing, set.templates);
