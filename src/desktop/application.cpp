@@ -1,10 +1,12 @@
 #include "application.h"
 
+#include "accdetailview.h"
 #include "documentwindow.h"
 #include "forminqview.h"
 #include "logging.h"
 #include "selectcustforminqview.h"
 
+#include "ardetail/accdetail.h"
 #include "document/adjustacc.h"
 #include "host/embeddedlink.h"
 #include "inquiry/forminq.h"
@@ -68,6 +70,7 @@ Application::~Application() {
 }
 
 void Application::registerViews(QtUi& ui) {
+  ui.registerView<ardetail::QORVA_AccDetail, AccDetailView>(ardetail::QORVA_AccDetail::kFormName);
   ui.registerView<inquiry::QORVA_FormInq, FormInqView>(inquiry::QORVA_FormInq::kFormName);
   ui.registerView<inquiry::QORVA_SelectCustFormInq, SelectCustFormInqView>(
       inquiry::QORVA_SelectCustFormInq::kFormName);

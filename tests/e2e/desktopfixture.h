@@ -93,10 +93,10 @@ protected:
   }
 
   // Starts the application and waits until it is signed on with its first document shown.
-  void start(int latencyMs = 0) {
+  void start(int latencyMs = 0, const QString& officer = kDefaultOfficer) {
     StartOptions options;
     options.dataFolder = data.path();
-    options.officerId = kDefaultOfficer;
+    options.officerId = officer;
     options.latencyMs = latencyMs;
     options.openAtStart = false;
     app = std::make_unique<Application>(options);

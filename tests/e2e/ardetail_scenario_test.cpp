@@ -1,0 +1,129 @@
+// The account receivable detail through the real widgets on a fresh embedded database with the demo set: a
+// clerk removes a penalty from a demo citation, saves, and sees the account's list read again with the new
+// balance; an officer without the right to adjust sees the same receivable but cannot change it. Each step is
+// saved as a screenshot under the build tree.
+#include "desktopfixture.h"
+
+#include "desktop/accdetailview.h"
+#include "desktop/adjustaccview.h"
+#include "desktop/dateedit.h"
+#include "desktop/forminqview.h"
+#include "desktop/gridview.h"
+
+#include "ardetail/accdetail.h"
+#include "document/adjustacc.h"
+#include "host/demodata.h"
+#include "inquiry/forminq.h"
+#include "platform/currency.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+
+namespace adjustacc::desktop::testing {
+namespace {
+
+using namespace Qt::Literals::StringLiterals;
+using ardetail::QORVA_AccDetail;
+using document::QORVA_AdjustAcc;
+
+int rowsOf(GridView* list) { return list->table()->model()->rowCount(); }
+
+// The clerk ticks the check box of a row in the grid's check column.
+bool tick(GridView& grid, int row, const QString& columnName) {
+  QAbstractItemModel* model = grid.table()->model();
+  for (int column = 0; column < model->columnCount(); ++column) {
+    if (model->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString() == columnName) {
+      return model->setData(model->index(row, column), Qt::Checked, Qt::CheckStateRole);
+    }
+  }
+  return false;
+}
+
+class ArDetailScenario : public DesktopFixture {
+protected:
+  // Opens demo citation 1000011 and chooses its receivable; answers the AR Detail view's steps with `step`.
+  void openCitationAndItsDetail(const std::function<void(AccDetailView&)>& step) {
+    whenShown<FormInqView>([](FormInqView& view) {
+      view.numberBox()->setFocus();
+      QTest::keyClicks(view.numberBox(), u"1000011"_s);
+      QTest::mouseClick(view.button(inquiry::QORVA_FormInq::OkButton), Qt::LeftButton);
+    });
+    window().openAccount();
+    AdjustAccView* view = window().currentView();
+    ASSERT_NE(view, nullptr);
+    receivables = view->list(QORVA_AdjustAcc::ReceivablesList);
+    ASSERT_TRUE(waitFor([&] { return rowsOf(receivables) > 0; })) << window().statusText()->text().toStdString();
+    receivables->table()->selectRow(0);
+    QTest::mouseClick(receivables->table()->viewport(), Qt::LeftButton, {},
+                      receivables->table()->visualRect(receivables->table()->model()->index(0, 0)).center());
+    whenShown<AccDetailView>(step);
+    QTest::mouseClick(view->button(QORVA_AdjustAcc::ArDetailButton), Qt::LeftButton);
+  }
+  QString dueAmount() {
+    return receivables->table()->model()->index(0, 10).data().toString();
+  }
+
+  GridView* receivables = nullptr;
+};
+
+TEST_F(ArDetailScenario, AClerkRemovesAPenaltyAndTheListShowsTheNewBalance) {
+  ASSERT_NO_FATAL_FAILURE(start());
+  QString before;
+  platform::Currency removed;
+  ASSERT_NO_FATAL_FAILURE(openCitationAndItsDetail([&](AccDetailView& detail) {
+    auto& form = dynamic_cast<QORVA_AccDetail&>(detail.form());
+    GridView* available = detail.grid(QORVA_AccDetail::AvailableGrid);
+    ASSERT_TRUE(waitFor([&] { return rowsOf(available) == 7; })) << rowsOf(available);
+    EXPECT_EQ(detail.windowTitle(), u"Account Receivable Detail"_s);
+    EXPECT_EQ(detail.label(QORVA_AccDetail::AccountNumberLabel)->text(), u"1000011"_s);
+    screenshot(detail, u"ardetail-01-opened"_s);
+    before = dueAmount();
+
+    const int penalty = rowsOf(available) - 1;
+    removed = platform::Currency::parse(form.mSdgDBGrid[0].column(u"CL_ASMT_AMT"_s).cellValue(penalty).toString())
+                  .value();
+    ASSERT_TRUE(tick(*available, penalty, u"Remove"_s));
+    EXPECT_EQ(detail.label(QORVA_AccDetail::TotalRemovalLabel)->text(), removed.toDisplayText());
+    detail.dateEdit()->setDate(QDate::currentDate());
+    detail.commentBox()->setFocus();
+    QTest::keyClicks(detail.commentBox(), u"Registered in time; penalty waived"_s);
+    screenshot(detail, u"ardetail-02-penalty-marked"_s);
+
+    QTest::mouseClick(detail.button(QORVA_AccDetail::SaveButton), Qt::LeftButton);
+    ASSERT_TRUE(waitFor([&] { return form.SaveState().isEmpty() && rowsOf(available) == 6; }))
+        << window().statusText()->text().toStdString();
+    EXPECT_TRUE(form.AccountChanged());
+    EXPECT_EQ(rowsOf(detail.grid(QORVA_AccDetail::AdjustedGrid)), 2);
+    EXPECT_TRUE(detail.commentBox()->text().isEmpty());
+    EXPECT_EQ(window().statusText()->text(), u"Ready"_s);
+    screenshot(detail, u"ardetail-03-saved"_s);
+    QTest::mouseClick(detail.button(QORVA_AccDetail::CloseButton), Qt::LeftButton);
+  }));
+  // Back in the document, the account is read again.
+  ASSERT_TRUE(waitFor([&] {
+    return dueAmount() != before && window().statusText()->text() == u"Ready"_s;
+  })) << before.toStdString();
+  EXPECT_EQ(platform::Currency::parse(before).value() - removed, platform::Currency::parse(dueAmount()).value());
+  screenshot(window(), u"ardetail-04-list-reloaded"_s);
+}
+
+TEST_F(ArDetailScenario, AnOfficerWithoutTheRightCanLookButNotChange) {
+  ASSERT_NO_FATAL_FAILURE(start(0, host::demo::Clerk));
+  ASSERT_NO_FATAL_FAILURE(openCitationAndItsDetail([](AccDetailView& detail) {
+    GridView* available = detail.grid(QORVA_AccDetail::AvailableGrid);
+    ASSERT_TRUE(waitFor([&] { return rowsOf(available) == 7; }));
+    EXPECT_FALSE(detail.button(QORVA_AccDetail::SaveButton)->isEnabled());
+    EXPECT_FALSE(detail.commentBox()->isEnabled());
+    EXPECT_FALSE(detail.actionBox()->isEnabled());
+    EXPECT_FALSE(detail.dateEdit()->isEnabled());
+    EXPECT_FALSE(tick(*available, 0, u"Remove"_s));
+    screenshot(detail, u"ardetail-05-view-only"_s);
+    QTest::mouseClick(detail.button(QORVA_AccDetail::CloseButton), Qt::LeftButton);
+  }));
+}
+
+}  // namespace
+}  // namespace adjustacc::desktop::testing
