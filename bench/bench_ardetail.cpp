@@ -1,0 +1,309 @@
+// Opening the account receivable detail, end to end: from "AR Detail" on the chosen receivable until both grids
+// hold every assessment and each row was loaded once as a grid view loads it (its amounts formatted) - the
+// screen built and loaded, the assessment request through the embedded host link on a SQLite file, the reply
+// checked, sorted and added line by line. One receivable with 1,000 assessments.
+//
+// The anchor, in the same run on the same file: the host's own statement for the same assessments, run raw
+// through QSqlQuery reading every value. The ratio line comes last: ours over the anchor.
+#include "benchsupport.h"
+
+#include "ardetail/accdetail.h"
+#include "document/adjustacc.h"
+#include "host/syntheticdata.h"
+#include "inquiry/forminq.h"
+#include "platform/clock.h"
+#include "platform/errorreporter.h"
+#include "platform/printing.h"
+#include "platform/scriptedui.h"
+#include "platform/services.h"
+#include "platform/sessionsettings.h"
+#include "platform/sqlcodeservices.h"
+#include "platform/statusbar.h"
+#include "platform/user.h"
+
+#include <QGuiApplication>
+#include <QLoggingCategory>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+using namespace adjustacc;
+
+namespace {
+
+using benchsupport::die;
+
+constexpr int kAssessments = 1000;
+const QString kRawConnection = QStringLiteral("bench-ardetail-raw");
+
+// The host's statement for the assessments of one receivable (the assessment section's own text).
+const QString kAssessmentsSql = QStringLiteral(
+    "SELECT s.VLTN_ASSMT_STTS_CD, s.VLTN_ASSMT_SEQ_NBR, s.TRNSCTN_NBR, s.CUST_ID, c.CUST_NM, "
+    "s.ASSMT_ISSUE_DT, s.ADJSTMT_DT, s.ASSMT_CD, s.LIC_PRCHS_OPTN_IND, s.AC_ASMT_AMT, s.CL_ASMT_AMT, "
+    "s.BAL_DUE_AMT, s.STTS_IND, s.ASSMT_TYP_CD, s.ROW_VRSN_NBR "
+    "FROM VLTN_ASSMT s JOIN CUSTOMER c ON c.CUST_ID = s.CUST_ID WHERE s.ACCT_RCVBL_ID = ? "
+    "ORDER BY s.ASSMT_CD, s.ASSMT_ISSUE_DT, s.VLTN_ASSMT_SEQ_NBR");
+
+class NoPrinting : public platform::PrintComponentFactory {
+public:
+  std::unique_ptr<platform::PrintComponent> createPrintComponent() override { return nullptr; }
+};
+class NoTemplates : public platform::TemplateLookup {
+public:
+  QString templatePath(int) override { return {}; }
+};
+class Container : public document::DocumentContainer {
+public:
+  QString caption() const override { return QStringLiteral("Adjust Account"); }
+  QString tag() const override { return QStringLiteral("BENCH"); }
+  QString name() const override { return QStringLiteral("AdjustAccBench"); }
+};
+class NoToolbar : public document::DocumentHost {
+public:
+  document::ToolbarHost* toolbarHost() override { return nullptr; }
+};
+
+struct Bench {
+  QTemporaryDir dir;
+  host::SyntheticAccount account;
+  qint64 receivableId = 0;
+  std::unique_ptr<host::EmbeddedLink> link;
+  platform::ScriptedUi ui;
+  platform::Clock clock;
+  platform::User user{QStringLiteral("ADMIN01"), QStringLiteral("Avery Lindqvist"), QStringLiteral("NE"),
+                      {QStringLiteral("ADJUSTAR")}};
+  platform::SessionSettings session;
+  platform::StatusBar statusBar;
+  platform::ErrorReporter errors{ui};
+  std::unique_ptr<platform::SqlCodeServices> codeServices;
+  NoPrinting printing;
+  NoTemplates templates;
+  std::unique_ptr<platform::Services> services;
+  Container container;
+  NoToolbar host;
+  std::unique_ptr<document::QORVA_AdjustAcc> document;
+  int loadedRows = 0;  // what the last opening of the detail screen held
+};
+
+void run(QSqlQuery& query) {
+  if (!query.exec()) {
+    die(query.lastError().text());
+  }
+}
+
+// One receivable of the synthetic generator, given 999 more assessments of mixed codes, dates and states.
+void addAssessments(Bench& b) {
+  const QSqlDatabase db = QSqlDatabase::database(kRawConnection, false);
+  QSqlQuery find(db);
+  find.prepare(QStringLiteral("SELECT ACCT_RCVBL_ID, CUST_ID FROM ACCT_RCVBL WHERE REF_TYP_CD = ? AND REF_NBR = ?"));
+  find.addBindValue(b.account.type);
+  find.addBindValue(b.account.number);
+  run(find);
+  if (!find.next()) {
+    die(QStringLiteral("the synthetic receivable is not on file"));
+  }
+  b.receivableId = find.value(0).toLongLong();
+  const QString customer = find.value(1).toString();
+  QSqlDatabase(db).transaction();
+  QSqlQuery insert(db);
+  insert.prepare(QStringLiteral(
+      "INSERT INTO VLTN_ASSMT (ACCT_RCVBL_ID, CUST_ID, VLTN_ASSMT_SEQ_NBR, TRNSCTN_NBR, ASSMT_CD, ASSMT_TYP_CD, "
+      "ASSMT_ISSUE_DT, CL_ASMT_AMT, AC_ASMT_AMT, BAL_DUE_AMT, VLTN_ASSMT_STTS_CD, LIC_PRCHS_OPTN_IND) "
+      "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+  static const char* const kCodes[] = {"F01", "F09", "F20", "P01", "P02", "P05", "p04"};
+  const QDate first = QDate::currentDate().addYears(-2);
+  for (int i = 1; i < kAssessments; ++i) {
+    const QString code = QLatin1String(kCodes[i % 7]);
+    const qint64 cents = 500 + (i * 37) % 40000;
+    const bool active = i % 5 != 0;
+    insert.addBindValue(b.receivableId);
+    insert.addBindValue(customer);
+    insert.addBindValue(i + 1);
+    insert.addBindValue(QString::number(700000 + i));
+    insert.addBindValue(code);
+    insert.addBindValue(code.left(1).toUpper());
+    insert.addBindValue(first.addDays(i % 700).toString(Qt::ISODate));
+    insert.addBindValue(cents);
+    insert.addBindValue(cents);
+    insert.addBindValue(active ? cents : 0);
+    insert.addBindValue(active ? QStringLiteral("A") : QStringLiteral("I"));
+    insert.addBindValue(code.startsWith(u'F') && i % 3 == 0 ? QStringLiteral("Y") : QStringLiteral("N"));
+    run(insert);
+  }
+  QSqlDatabase(db).commit();
+}
+
+Bench& bench() {
+  static Bench* b = [] {
+    auto* s = new Bench;
+    host::DatabaseOptions options;
+    options.databaseName = s->dir.filePath(QStringLiteral("adjustacc.sqlite"));
+    benchsupport::openHostDatabase(options, kRawConnection);
+    host::SyntheticShape shape;
+    shape.customers = 1;
+    shape.accountsPerCustomer = 1;
+    shape.receivablesPerAccount = 1;
+    auto made = host::generateSyntheticData(kRawConnection, shape);
+    if (!made.ok() || made->size() != 1) {
+      die(made.ok() ? QStringLiteral("no synthetic account") : made.error());
+    }
+    s->account = made->first();
+    addAssessments(*s);
+    s->link = benchsupport::embeddedLink(s->dir.path(), s->user.officerId());
+    s->codeServices =
+        std::make_unique<platform::SqlCodeServices>(kRawConnection, s->user, s->clock, *s->link, s->session);
+    s->services = std::make_unique<platform::Services>(s->codeServices->services(
+        s->ui, *s->link, s->clock, s->user, s->session, s->statusBar, s->errors, s->printing, s->templates));
+    s->ui.onModal(inquiry::QORVA_FormInq::kFormName, [s](platform::ModalForm& form) {
+      auto& openAccount = dynamic_cast<inquiry::QORVA_FormInq&>(form);
+      openAccount.mFtcboDocType.setCode(s->account.type);
+      openAccount.mTxtDocNbr.setText(s->account.number);
+      openAccount.mCmdBttn[inquiry::QORVA_FormInq::OkButton].click();
+    });
+    // The detail screen: wait for its assessments, load every row as its two grid views would, close it.
+    s->ui.onModal(ardetail::QORVA_AccDetail::kFormName, [s](platform::ModalForm& form) {
+      auto& detail = dynamic_cast<ardetail::QORVA_AccDetail&>(form);
+      while (s->document->requestOutstanding()) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+      }
+      s->loadedRows = 0;
+      for (const int index : {0, 1}) {
+        platform::Grid& grid = detail.mSdgDBGrid[index];
+        const int amount = grid.columnIndex(QStringLiteral("CL_ASMT_AMT"));
+        const int due = grid.columnIndex(QStringLiteral("BAL_DUE_AMT"));
+        for (int row = 0; row < grid.rows(); ++row) {
+          QVariant shown = grid.cellValue(row, amount);
+          benchmark::DoNotOptimize(shown);
+          shown = grid.cellValue(row, due);
+          benchmark::DoNotOptimize(shown);
+        }
+        s->loadedRows += grid.rows();
+      }
+      detail.mCmdButton[ardetail::QORVA_AccDetail::CloseButton].click();
+    });
+    s->document = std::make_unique<document::QORVA_AdjustAcc>(*s->services, s->container, s->host);
+    s->document->UserDocument_Show();
+    s->document->FileOpen();
+    while (s->document->requestOutstanding()) {
+      QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    if (s->document->mSdgDBGrid[0].rows() != 1) {
+      die(QStringLiteral("the synthetic account did not open"));
+    }
+    return s;
+  }();
+  return *b;
+}
+
+void BM_ArDetail(benchmark::State& state) {
+  Bench& b = bench();
+  document::QORVA_AdjustAcc& doc = *b.document;
+  platform::Grid& receivables = doc.mSdgDBGrid[document::QORVA_AdjustAcc::ReceivablesList];
+  receivables.userClickRow(0);
+  for (auto _ : state) {
+    doc.mCmdButton_Click(document::QORVA_AdjustAcc::ArDetailButton);
+    if (b.ui.boxCount() > 0) {
+      state.SkipWithError(qPrintable(b.ui.lastBox().text));
+      break;
+    }
+    if (b.loadedRows != kAssessments) {
+      state.SkipWithError("the detail screen does not hold the receivable's assessments");
+      break;
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  }
+  state.SetItemsProcessed(state.iterations() * kAssessments);
+}
+
+void BM_RawSql(benchmark::State& state) {
+  Bench& b = bench();
+  const QSqlDatabase db = QSqlDatabase::database(kRawConnection, false);
+  for (auto _ : state) {
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    query.prepare(kAssessmentsSql);
+    query.addBindValue(b.receivableId);
+    run(query);
+    const int columns = query.record().count();
+    int rows = 0;
+    while (query.next()) {
+      for (int i = 0; i < columns; ++i) {
+        QVariant value = query.value(i);
+        benchmark::DoNotOptimize(value);
+      }
+      ++rows;
+    }
+    if (rows != kAssessments) {
+      state.SkipWithError("the raw query does not find the assessments");
+      break;
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * kAssessments);
+}
+
+class RecordingReporter : public benchmark::ConsoleReporter {
+public:
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median" && !run.error_occurred &&
+          run.iterations > 0) {
+        m_seconds[run.run_name.function_name] = run.real_accumulated_time / static_cast<double>(run.iterations);
+      }
+    }
+    ConsoleReporter::ReportRuns(runs);
+  }
+  std::optional<double> ratio() const {
+    const auto ours = m_seconds.find("ardetail_open/screen");
+    const auto anchor = m_seconds.find("ardetail_open/raw_sql");
+    if (ours == m_seconds.end() || anchor == m_seconds.end() || anchor->second <= 0) {
+      return std::nullopt;
+    }
+    return ours->second / anchor->second;
+  }
+
+private:
+  std::map<std::string, double> m_seconds;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+  }
+  QGuiApplication app(argc, argv);
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+    return 1;
+  }
+  QLoggingCategory::setFilterRules(QStringLiteral("adjustacc.host.*.info=false\nadjustacc.trap.debug=false"));
+  // Ours and the anchor alternate, each repeated, so that a busy moment of the machine weighs on both alike.
+  for (const auto& [name, function] :
+       {std::pair{"ardetail_open/screen", &BM_ArDetail}, std::pair{"ardetail_open/raw_sql", &BM_RawSql}}) {
+    benchmark::RegisterBenchmark(name, function)
+        ->UseRealTime()
+        ->Repetitions(5)
+        ->ReportAggregatesOnly(true)
+        ->Unit(benchmark::kMillisecond);
+  }
+  RecordingReporter reporter;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+  bench().document.reset();
+  bench().link.reset();
+  if (const auto r = reporter.ratio()) {
+    std::printf("ratio ardetail_open_1000 %.3f\n", *r);
+  } else {
+    std::printf("ratio ardetail_open_1000 skipped\n");
+  }
+  return 0;
+}
