@@ -10,6 +10,8 @@
 
 #include <functional>
 #include <stdexcept>
+#include <string>
+#include <type_traits>
 
 namespace adjustacc::ardetail {
 namespace {
@@ -39,6 +41,20 @@ Entry inStateEntry() {
   return {.option = Screen::InState, .plate = u"ABC-123"_s, .date = kBought, .time = kBoughtAt,
           .troopDistrict = u"A12"_s, .weight = u"4500"_s, .amount = u"1234.50"_s, .comment = {}};
 }
+
+// Every data row below is named by its `name`, in the test's name and in failure messages.
+template <typename Case>
+  requires std::is_same_v<decltype(Case::name), const char*>
+void PrintTo(const Case& c, std::ostream* os) {
+  *os << c.name;
+}
+
+struct RowName {
+  template <typename Case>
+  std::string operator()(const ::testing::TestParamInfo<Case>& row) const {
+    return row.param.name;
+  }
+};
 
 // Only an option and a comment.
 Entry chosen(int option, const QString& comment = {}) {
@@ -144,8 +160,6 @@ struct CheckCase {
   QStringList marked;
 };
 
-void PrintTo(const CheckCase& c, std::ostream* os) { *os << c.name; }
-
 Entry with(Entry entry, void (*change)(Entry&)) {
   change(entry);
   return entry;
@@ -214,7 +228,7 @@ INSTANTIATE_TEST_SUITE_P(
                     e.troopDistrict = u"Z9"_s;  // in-state fields are not checked out of state
                   }),
                   u"Comment required for Out-of-State LPO\r\n"_s, {u"mTxt(3)"_s}}),
-    [](const ::testing::TestParamInfo<CheckCase>& row) { return std::string(row.param.name); });
+    RowName());
 
 // --- Save and Cancel ------------------------------------------------------------------------------------
 
@@ -280,8 +294,6 @@ struct CancelCase {
   int boxes;  // the question, and the error box when Yes finds errors
 };
 
-void PrintTo(const CancelCase& c, std::ostream* os) { *os << c.name; }
-
 class LicPurchOptCancel : public LicPurchOptTest, public ::testing::WithParamInterface<CancelCase> {};
 
 TEST_P(LicPurchOptCancel, AChangedScreenAsksWhetherToSave) {
@@ -319,7 +331,7 @@ INSTANTIATE_TEST_SUITE_P(
                       CancelCase{"YesShowsTheErrorsAndStays", MsgAnswer::Yes, false, true, true, 2},
                       CancelCase{"NoLeavesCanceled", MsgAnswer::No, true, false, true, 1},
                       CancelCase{"CancelStays", MsgAnswer::Cancel, true, true, true, 1}),
-    [](const ::testing::TestParamInfo<CancelCase>& row) { return std::string(row.param.name); });
+    RowName());
 
 // --- keys and texts ------------------------------------------------------------------------------------------
 
@@ -330,8 +342,6 @@ struct KeyCase {
   const char16_t* shown;
   int beeps;
 };
-
-void PrintTo(const KeyCase& c, std::ostream* os) { *os << c.name; }
 
 class LicPurchOptKeys : public LicPurchOptTest, public ::testing::WithParamInterface<KeyCase> {};
 
@@ -354,7 +364,7 @@ INSTANTIATE_TEST_SUITE_P(
                       KeyCase{"AmountAboveTheLargest", Screen::Amount, u"99999999", u"9999999", 1},
                       KeyCase{"AmountTheLargest", Screen::Amount, u"9999999.99", u"9999999.99", 0},
                       KeyCase{"CommentAnything", Screen::Comments, u"a/b $ 1-2", u"a/b $ 1-2", 0}),
-    [](const ::testing::TestParamInfo<KeyCase>& row) { return std::string(row.param.name); });
+    RowName());
 
 TEST_F(LicPurchOptTest, AnAmountThatIsNoAmountIsRevertedWithABeep) {
   platform::TextBox& amount = m_screen.mTxt[Screen::Amount];
@@ -375,8 +385,6 @@ struct LeaveCase {
   QString shown;
 };
 
-void PrintTo(const LeaveCase& c, std::ostream* os) { *os << c.name; }
-
 class LicPurchOptAmountLeft : public LicPurchOptTest, public ::testing::WithParamInterface<LeaveCase> {};
 
 TEST_P(LicPurchOptAmountLeft, LeavingTheAmountShowsItAsMoney) {
@@ -394,7 +402,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, LicPurchOptAmountLeft,
                                            LeaveCase{"AsShownAlready", u"$12.00"_s, u"$12.00"_s},
                                            LeaveCase{"NoAmountStaysForTheCheck", u"1,2"_s, u"1,2"_s},
                                            LeaveCase{"PointOnlyStaysForTheCheck", u"."_s, u"."_s}),
-                         [](const ::testing::TestParamInfo<LeaveCase>& row) { return std::string(row.param.name); });
+                         RowName());
 
 // --- troop and district --------------------------------------------------------------------------------------
 
@@ -468,8 +476,6 @@ struct WireCase {
   LpoRecordValues values;
 };
 
-void PrintTo(const WireCase& c, std::ostream* os) { *os << c.name; }
-
 class LicPurchOptRecord : public LicPurchOptTest, public ::testing::WithParamInterface<WireCase> {};
 
 TEST_P(LicPurchOptRecord, AnswersTheEntryInItsWireForm) {
@@ -495,7 +501,7 @@ INSTANTIATE_TEST_SUITE_P(
         WireCase{"OutOfStateCommentOnly", chosen(Screen::OutOfState, u"bought in Ohio"_s),
                  {u"1"_s, {}, {}, {}, {}, {}, {}, {}, u"bought in Ohio"_s}},
         WireCase{"NoOptionNoAmount", with({}, [](Entry& e) { e.amount = u"$"_s; }), {}}),
-    [](const ::testing::TestParamInfo<WireCase>& row) { return std::string(row.param.name); });
+    RowName());
 
 }  // namespace
 }  // namespace adjustacc::ardetail
