@@ -1,6 +1,7 @@
 #include "accdetail.h"
 
 #include "assessmentline.h"
+#include "licpurchopt.h"
 
 #include "screencore/codetablequerytext.h"
 #include "messaging/recordsetbuilder.h"
@@ -684,8 +685,21 @@ void QORVA_AccDetail::SaveData() {
     message.addParameter(marventoParameter(QStringLiteral("key:REF_NBR"), ARNumber().trimmed()));
     message.addParameter(marventoParameter(QStringLiteral("key:REF_TYP_CD"), ARType().trimmed()));
     message.addParameter(marventoParameter(QStringLiteral("key:LPO"), QStringLiteral("NO")));
-    LoadAdjustARDTD(message);
-    if (action != u"V" && action != u"D") {
+    if (action == u"V" || action == u"D") {
+      LoadAdjustARDTD(message);
+    } else {
+      if (LPOFee()) {
+        // The removal of a License Purchase Option fee records the option's particulars with it.
+        QORVA_LicPurchOpt option(m_services);
+        option.showModal();
+        if (option.CancelClicked()) {
+          m_services.statusBar.setText(
+              QStringLiteral("License Purchase Option did not save. Save Request canceled."));
+          return;
+        }
+        LoadLPODTD(message, option);
+      }
+      LoadAdjustARDTD(message);
       LoadAssessmentDTD(message);
     }
     m_requestId = screencore::sendRequest(message, *this);
@@ -738,6 +752,23 @@ void QORVA_AccDetail::LoadAssessmentDTD(messaging::RequestMessage& message) {
         record.setField(QStringLiteral("ROW_VRSN_NBR"), text("ROW_VRSN_NBR"));
       }
     }
+  });
+}
+
+void QORVA_AccDetail::LoadLPODTD(messaging::RequestMessage& message, const QORVA_LicPurchOpt& option) {
+  trap(m_services, source("LoadLPODTD"), [&] {
+    const LpoRecordValues values = option.recordValues();
+    messaging::SaveRecord& record = message.addRecord(QStringLiteral("CTTNADTNINFO"));
+    record.setField(QStringLiteral("ACTION"), QStringLiteral("UPD"));
+    record.setField(QStringLiteral("PRCHS_OPTN_ST_CD"), values.stateCode);
+    record.setField(QStringLiteral("PRCHS_OPTN_TAG_NBR"), values.plate);
+    record.setField(QStringLiteral("PRCHS_OPTN_DT"), values.purchaseDate);
+    record.setField(QStringLiteral("PRCHS_OPTN_TM"), values.purchaseTime);
+    record.setField(QStringLiteral("PO_TRP_ID"), values.troop);
+    record.setField(QStringLiteral("PO_TRP_DSTRCT_ID"), values.district);
+    record.setField(QStringLiteral("PRCHS_OPTN_WGT"), values.weight);
+    record.setField(QStringLiteral("TOT_PRCHS_OPTN_AMT"), values.amount);
+    record.setField(QStringLiteral("PRCHS_OPTN_TXT"), values.comment);
   });
 }
 

@@ -38,6 +38,8 @@ class RequestMessage;
 
 namespace adjustacc::ardetail {
 
+class QORVA_LicPurchOpt;
+
 class QORVA_AccDetail : public screencore::ModalScreen {
   Q_OBJECT
 public:
@@ -136,6 +138,8 @@ public:
   void mTimUpdateTimeout_Timer();
   void LoadAdjustARDTD(messaging::RequestMessage& message);
   void LoadAssessmentDTD(messaging::RequestMessage& message);
+  // The License Purchase Option particulars the clerk entered for the removed option fee.
+  void LoadLPODTD(messaging::RequestMessage& message, const QORVA_LicPurchOpt& option);
 
   // --- controls ------------------------------------------------------------------------------------------
   platform::ControlArray<platform::Label> mLblAdjust{QStringLiteral("mLblAdjust")};

@@ -3,10 +3,12 @@
 #include "accdetailview.h"
 #include "documentwindow.h"
 #include "forminqview.h"
+#include "licpurchoptview.h"
 #include "logging.h"
 #include "selectcustforminqview.h"
 
 #include "ardetail/accdetail.h"
+#include "ardetail/licpurchopt.h"
 #include "document/adjustacc.h"
 #include "host/embeddedlink.h"
 #include "inquiry/forminq.h"
@@ -71,6 +73,7 @@ Application::~Application() {
 
 void Application::registerViews(QtUi& ui) {
   ui.registerView<ardetail::QORVA_AccDetail, AccDetailView>(ardetail::QORVA_AccDetail::kFormName);
+  ui.registerView<ardetail::QORVA_LicPurchOpt, LicPurchOptView>(ardetail::QORVA_LicPurchOpt::kFormName);
   ui.registerView<inquiry::QORVA_FormInq, FormInqView>(inquiry::QORVA_FormInq::kFormName);
   ui.registerView<inquiry::QORVA_SelectCustFormInq, SelectCustFormInqView>(
       inquiry::QORVA_SelectCustFormInq::kFormName);

@@ -374,3 +374,46 @@ TEST_F(AccDetailTest, MoveGridRowAddsTheRowToTheOtherGridAsAdjustedToday) {
 
 }  // namespace
 }  // namespace adjustacc::ardetail::testing
+
+namespace adjustacc::ardetail::testing {
+namespace {
+
+// Removing a License Purchase Option fee asks for the option's particulars before anything is sent.
+TEST_F(AccDetailTest, AnOptionFeeRemovalSendsTheOptionOrNothingWhenItIsCancelled) {
+  open({assessment(u"A"_s, u"F09"_s, u"90.00"_s, u"2024-01-10"_s, u"Y"_s), assessment(u"A"_s, u"F20"_s, u"25.00"_s)});
+  mark(A::AvailableGrid, 0);
+  enter();
+  m_set.ui.queueModal([](platform::ModalForm& form) {
+    auto& option = dynamic_cast<QORVA_LicPurchOpt&>(form);
+    option.mCmd[QORVA_LicPurchOpt::CancelButton].click();
+  });
+  screen().SaveData();
+  EXPECT_EQ(m_set.statusBar.text(), u"License Purchase Option did not save. Save Request canceled.");
+  EXPECT_EQ(m_set.link.requestCount(), 0);
+  EXPECT_EQ(screen().SaveState(), QString());
+
+  m_set.ui.queueModal([](platform::ModalForm& form) {
+    auto& option = dynamic_cast<QORVA_LicPurchOpt&>(form);
+    option.mRdo[QORVA_LicPurchOpt::OutOfState].userChoose();
+    option.mTxt[QORVA_LicPurchOpt::Comments].setText(u"Bought in Vermont"_s);
+    option.mCmd[QORVA_LicPurchOpt::SaveButton].click();
+  });
+  screen().SaveData();
+  ASSERT_EQ(m_set.link.requestCount(), 1);
+  const messaging::Request request = m_set.link.lastRequest();
+  ASSERT_EQ(request.records.size(), 3);
+  EXPECT_EQ(request.records[0].name, u"CTTNADTNINFO");
+  const messaging::SaveRecord& option = request.records[0].records.first();
+  EXPECT_EQ(option.field(u"ACTION"_s), u"UPD"_s);
+  EXPECT_EQ(option.field(u"PRCHS_OPTN_ST_CD"_s), u"1"_s);
+  EXPECT_EQ(option.field(u"PRCHS_OPTN_TXT"_s), u"Bought in Vermont"_s);
+  EXPECT_EQ(request.records[1].name, u"ADJUSTAR");
+  EXPECT_EQ(request.records[2].name, u"ASSESSMENT");
+  const messaging::SaveRecord& removed = request.records[2].records.first();
+  EXPECT_EQ(removed.field(u"LIC_PRCHS_OPTN_IND"_s), u"Y"_s);
+  EXPECT_EQ(removed.field(u"AC_ASMT_AMT"_s), u"90.00"_s);
+  EXPECT_FALSE(removed.hasField(u"CL_ASMT_AMT"_s));
+}
+
+}  // namespace
+}  // namespace adjustacc::ardetail::testing

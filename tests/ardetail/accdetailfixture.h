@@ -6,6 +6,7 @@
 #include "support/serviceset.h"
 
 #include "ardetail/accdetail.h"
+#include "ardetail/licpurchopt.h"
 #include "messaging/requestmessage.h"
 #include "platform/modmessagetitle.h"
 

@@ -9,8 +9,10 @@
 #include "desktop/dateedit.h"
 #include "desktop/forminqview.h"
 #include "desktop/gridview.h"
+#include "desktop/licpurchoptview.h"
 
 #include "ardetail/accdetail.h"
+#include "ardetail/licpurchopt.h"
 #include "document/adjustacc.h"
 #include "host/demodata.h"
 #include "inquiry/forminq.h"
@@ -20,6 +22,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTableView>
 
 namespace adjustacc::desktop::testing {
@@ -108,6 +111,34 @@ TEST_F(ArDetailScenario, AClerkRemovesAPenaltyAndTheListShowsTheNewBalance) {
   })) << before.toStdString();
   EXPECT_EQ(platform::Currency::parse(before).value() - removed, platform::Currency::parse(dueAmount()).value());
   screenshot(window(), u"ardetail-04-list-reloaded"_s);
+}
+
+TEST_F(ArDetailScenario, RemovingAnOptionFeeAsksForTheOptionFirst) {
+  ASSERT_NO_FATAL_FAILURE(start());
+  ASSERT_NO_FATAL_FAILURE(openCitationAndItsDetail([&](AccDetailView& detail) {
+    auto& form = dynamic_cast<QORVA_AccDetail&>(detail.form());
+    GridView* available = detail.grid(QORVA_AccDetail::AvailableGrid);
+    ASSERT_TRUE(waitFor([&] { return rowsOf(available) == 7; }));
+    ASSERT_EQ(form.mSdgDBGrid[0].column(u"LIC_PRCHS_OPTN_IND"_s).cellValue(0).toString(), u"Y"_s);
+    ASSERT_TRUE(tick(*available, 0, u"Remove"_s));
+    detail.dateEdit()->setDate(QDate::currentDate());
+    detail.commentBox()->setFocus();
+    QTest::keyClicks(detail.commentBox(), u"Option bought out of state"_s);
+    whenShown<LicPurchOptView>([](LicPurchOptView& option) {
+      EXPECT_EQ(option.windowTitle(), u"License Purchase Option"_s);
+      QTest::mouseClick(option.option(ardetail::QORVA_LicPurchOpt::OutOfState), Qt::LeftButton);
+      option.text(ardetail::QORVA_LicPurchOpt::Comments)->setFocus();
+      QTest::keyClicks(option.text(ardetail::QORVA_LicPurchOpt::Comments), u"Bought in Vermont, receipt seen"_s);
+      screenshot(option, u"ardetail-06-license-purchase-option"_s);
+      QTest::mouseClick(option.button(ardetail::QORVA_LicPurchOpt::SaveButton), Qt::LeftButton);
+    });
+    QTest::mouseClick(detail.button(QORVA_AccDetail::SaveButton), Qt::LeftButton);
+    ASSERT_TRUE(waitFor([&] { return form.SaveState().isEmpty() && rowsOf(available) == 6; }))
+        << window().statusText()->text().toStdString();
+    EXPECT_TRUE(form.AccountChanged());
+    screenshot(detail, u"ardetail-07-option-fee-removed"_s);
+    QTest::mouseClick(detail.button(QORVA_AccDetail::CloseButton), Qt::LeftButton);
+  }));
 }
 
 TEST_F(ArDetailScenario, AnOfficerWithoutTheRightCanLookButNotChange) {
