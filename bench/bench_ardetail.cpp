@@ -5,20 +5,12 @@
 //
 // The anchor, in the same run on the same file: the host's own statement for the same assessments, run raw
 // through QSqlQuery reading every value. The ratio line comes last: ours over the anchor.
-#include "benchsupport.h"
+#include "documentbench.h"
 
 #include "ardetail/accdetail.h"
 #include "document/adjustacc.h"
 #include "host/syntheticdata.h"
 #include "inquiry/forminq.h"
-#include "platform/clock.h"
-#include "platform/errorreporter.h"
-#include "platform/printing.h"
-#include "platform/scriptedui.h"
-#include "platform/services.h"
-#include "platform/sessionsettings.h"
-#include "platform/sqlcodeservices.h"
-#include "platform/statusbar.h"
 #include "platform/user.h"
 
 #include <QGuiApplication>
@@ -54,44 +46,11 @@ const QString kAssessmentsSql = QStringLiteral(
     "FROM VLTN_ASSMT s JOIN CUSTOMER c ON c.CUST_ID = s.CUST_ID WHERE s.ACCT_RCVBL_ID = ? "
     "ORDER BY s.ASSMT_CD, s.ASSMT_ISSUE_DT, s.VLTN_ASSMT_SEQ_NBR");
 
-class NoPrinting : public platform::PrintComponentFactory {
-public:
-  std::unique_ptr<platform::PrintComponent> createPrintComponent() override { return nullptr; }
-};
-class NoTemplates : public platform::TemplateLookup {
-public:
-  QString templatePath(int) override { return {}; }
-};
-class Container : public document::DocumentContainer {
-public:
-  QString caption() const override { return QStringLiteral("Adjust Account"); }
-  QString tag() const override { return QStringLiteral("BENCH"); }
-  QString name() const override { return QStringLiteral("AdjustAccBench"); }
-};
-class NoToolbar : public document::DocumentHost {
-public:
-  document::ToolbarHost* toolbarHost() override { return nullptr; }
-};
-
 struct Bench {
   QTemporaryDir dir;
   host::SyntheticAccount account;
   qint64 receivableId = 0;
-  std::unique_ptr<host::EmbeddedLink> link;
-  platform::ScriptedUi ui;
-  platform::Clock clock;
-  platform::User user{QStringLiteral("ADMIN01"), QStringLiteral("Avery Lindqvist"), QStringLiteral("NE"),
-                      {QStringLiteral("ADJUSTAR")}};
-  platform::SessionSettings session;
-  platform::StatusBar statusBar;
-  platform::ErrorReporter errors{ui};
-  std::unique_ptr<platform::SqlCodeServices> codeServices;
-  NoPrinting printing;
-  NoTemplates templates;
-  std::unique_ptr<platform::Services> services;
-  Container container;
-  NoToolbar host;
-  std::unique_ptr<document::QORVA_AdjustAcc> document;
+  std::unique_ptr<benchsupport::DocumentBench> desk;
   int loadedRows = 0;  // what the last opening of the detail screen held
 };
 
@@ -159,21 +118,20 @@ Bench& bench() {
     }
     s->account = made->first();
     addAssessments(*s);
-    s->link = benchsupport::embeddedLink(s->dir.path(), s->user.officerId());
-    s->codeServices =
-        std::make_unique<platform::SqlCodeServices>(kRawConnection, s->user, s->clock, *s->link, s->session);
-    s->services = std::make_unique<platform::Services>(s->codeServices->services(
-        s->ui, *s->link, s->clock, s->user, s->session, s->statusBar, s->errors, s->printing, s->templates));
-    s->ui.onModal(inquiry::QORVA_FormInq::kFormName, [s](platform::ModalForm& form) {
+    s->desk = std::make_unique<benchsupport::DocumentBench>(
+        kRawConnection, s->dir.path(),
+        platform::User(QStringLiteral("ADMIN01"), QStringLiteral("Avery Lindqvist"), QStringLiteral("NE"),
+                       {QStringLiteral("ADJUSTAR")}));
+    s->desk->ui.onModal(inquiry::QORVA_FormInq::kFormName, [s](platform::ModalForm& form) {
       auto& openAccount = dynamic_cast<inquiry::QORVA_FormInq&>(form);
       openAccount.mFtcboDocType.setCode(s->account.type);
       openAccount.mTxtDocNbr.setText(s->account.number);
       openAccount.mCmdBttn[inquiry::QORVA_FormInq::OkButton].click();
     });
     // The detail screen: wait for its assessments, load every row as its two grid views would, close it.
-    s->ui.onModal(ardetail::QORVA_AccDetail::kFormName, [s](platform::ModalForm& form) {
+    s->desk->ui.onModal(ardetail::QORVA_AccDetail::kFormName, [s](platform::ModalForm& form) {
       auto& detail = dynamic_cast<ardetail::QORVA_AccDetail&>(form);
-      while (s->document->requestOutstanding()) {
+      while (s->desk->document->requestOutstanding()) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
       }
       s->loadedRows = 0;
@@ -191,13 +149,11 @@ Bench& bench() {
       }
       detail.mCmdButton[ardetail::QORVA_AccDetail::CloseButton].click();
     });
-    s->document = std::make_unique<document::QORVA_AdjustAcc>(*s->services, s->container, s->host);
-    s->document->UserDocument_Show();
-    s->document->FileOpen();
-    while (s->document->requestOutstanding()) {
+    s->desk->showDocument().FileOpen();
+    while (s->desk->document->requestOutstanding()) {
       QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
-    if (s->document->mSdgDBGrid[0].rows() != 1) {
+    if (s->desk->document->mSdgDBGrid[0].rows() != 1) {
       die(QStringLiteral("the synthetic account did not open"));
     }
     return s;
@@ -207,13 +163,13 @@ Bench& bench() {
 
 void BM_ArDetail(benchmark::State& state) {
   Bench& b = bench();
-  document::QORVA_AdjustAcc& doc = *b.document;
+  document::QORVA_AdjustAcc& doc = *b.desk->document;
   platform::Grid& receivables = doc.mSdgDBGrid[document::QORVA_AdjustAcc::ReceivablesList];
   receivables.userClickRow(0);
   for (auto _ : state) {
     doc.mCmdButton_Click(document::QORVA_AdjustAcc::ArDetailButton);
-    if (b.ui.boxCount() > 0) {
-      state.SkipWithError(qPrintable(b.ui.lastBox().text));
+    if (b.desk->ui.boxCount() > 0) {
+      state.SkipWithError(qPrintable(b.desk->ui.lastBox().text));
       break;
     }
     if (b.loadedRows != kAssessments) {
@@ -298,8 +254,7 @@ int main(int argc, char** argv) {
   }
   RecordingReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
-  bench().document.reset();
-  bench().link.reset();
+  bench().desk.reset();
   if (const auto r = reporter.ratio()) {
     std::printf("ratio ardetail_open_1000 %.3f\n", *r);
   } else {

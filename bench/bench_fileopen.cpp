@@ -5,22 +5,13 @@
 //
 // The anchor, in the same run on the same file: the host's own statements for the same rows, run raw through
 // QSqlQuery reading every value. The ratio lines come last: ours over the anchor.
-#include "benchsupport.h"
+#include "documentbench.h"
 
 #include "document/adjustacc.h"
 #include "host/embeddedlink.h"
 #include "host/hostsystem.h"
 #include "host/syntheticdata.h"
 #include "inquiry/forminq.h"
-#include "platform/clock.h"
-#include "platform/errorreporter.h"
-#include "platform/modmessagetitle.h"
-#include "platform/printing.h"
-#include "platform/scriptedui.h"
-#include "platform/services.h"
-#include "platform/sessionsettings.h"
-#include "platform/sqlcodeservices.h"
-#include "platform/statusbar.h"
 #include "platform/user.h"
 
 #include <QCoreApplication>
@@ -53,43 +44,11 @@ using benchsupport::kReceivablesSql;
 
 const QString kRawConnection = QStringLiteral("bench-fileopen-raw");
 
-class NoPrinting : public platform::PrintComponentFactory {
-public:
-  std::unique_ptr<platform::PrintComponent> createPrintComponent() override { return nullptr; }
-};
-class NoTemplates : public platform::TemplateLookup {
-public:
-  QString templatePath(int) override { return {}; }
-};
-class Container : public document::DocumentContainer {
-public:
-  QString caption() const override { return QStringLiteral("Adjust Account"); }
-  QString tag() const override { return QStringLiteral("BENCH"); }
-  QString name() const override { return QStringLiteral("AdjustAccBench"); }
-};
-class NoToolbar : public document::DocumentHost {
-public:
-  document::ToolbarHost* toolbarHost() override { return nullptr; }
-};
-
-// The database with one synthetic account per size, the embedded link over it, and the services of a desktop.
+// The database with one synthetic account per size, and the document over the embedded link.
 struct Bench {
   QTemporaryDir dir;
   std::map<int, host::SyntheticAccount> accounts;
-  std::unique_ptr<host::EmbeddedLink> link;
-  platform::ScriptedUi ui;
-  platform::Clock clock;
-  platform::User user{QStringLiteral("ADMIN01"), QStringLiteral("Avery Lindqvist"), QStringLiteral("NE")};
-  platform::SessionSettings session;
-  platform::StatusBar statusBar;
-  platform::ErrorReporter errors{ui};
-  std::unique_ptr<platform::SqlCodeServices> codeServices;
-  NoPrinting printing;
-  NoTemplates templates;
-  std::unique_ptr<platform::Services> services;
-  Container container;
-  NoToolbar host;
-  std::unique_ptr<document::QORVA_AdjustAcc> document;
+  std::unique_ptr<benchsupport::DocumentBench> desk;
   int openSize = 0;  // the account Open Account answers with
 };
 
@@ -110,21 +69,18 @@ Bench& bench() {
       }
       s->accounts[size] = made->first();
     }
-    s->link = benchsupport::embeddedLink(s->dir.path(), s->user.officerId());
-    s->codeServices =
-        std::make_unique<platform::SqlCodeServices>(kRawConnection, s->user, s->clock, *s->link, s->session);
-    s->services = std::make_unique<platform::Services>(s->codeServices->services(
-        s->ui, *s->link, s->clock, s->user, s->session, s->statusBar, s->errors, s->printing, s->templates));
+    s->desk = std::make_unique<benchsupport::DocumentBench>(
+        kRawConnection, s->dir.path(),
+        platform::User(QStringLiteral("ADMIN01"), QStringLiteral("Avery Lindqvist"), QStringLiteral("NE")));
     // The clerk's answer in Open Account: the account of the size being measured, then OK.
-    s->ui.onModal(inquiry::QORVA_FormInq::kFormName, [s](platform::ModalForm& form) {
+    s->desk->ui.onModal(inquiry::QORVA_FormInq::kFormName, [s](platform::ModalForm& form) {
       auto& openAccount = dynamic_cast<inquiry::QORVA_FormInq&>(form);
       const host::SyntheticAccount& account = s->accounts.at(s->openSize);
       openAccount.mFtcboDocType.setCode(account.type);
       openAccount.mTxtDocNbr.setText(account.number);
       openAccount.mCmdBttn[inquiry::QORVA_FormInq::OkButton].click();
     });
-    s->document = std::make_unique<document::QORVA_AdjustAcc>(*s->services, s->container, s->host);
-    s->document->UserDocument_Show();
+    s->desk->showDocument();
     return s;
   }();
   return *b;
@@ -144,7 +100,7 @@ void BM_FileOpen(benchmark::State& state) {
   Bench& b = bench();
   const int size = static_cast<int>(state.range(0));
   b.openSize = size;
-  document::QORVA_AdjustAcc& doc = *b.document;
+  document::QORVA_AdjustAcc& doc = *b.desk->document;
   platform::Grid& receivables = doc.mSdgDBGrid[document::QORVA_AdjustAcc::ReceivablesList];
   platform::Grid& receipts = doc.mSdgDBGrid[document::QORVA_AdjustAcc::ReceiptsList];
   const int receivableDescription = receivables.columnIndex(QStringLiteral("FORM_DESC"));
@@ -158,7 +114,7 @@ void BM_FileOpen(benchmark::State& state) {
   QElapsedTimer sinceReply;
   // The link hands the reply over first; the document's handler runs after this.
   const QMetaObject::Connection arrived =
-      QObject::connect(b.link.get(), &messaging::HostLink::replyReady, [&sinceReply] { sinceReply.start(); });
+      QObject::connect(b.desk->link.get(), &messaging::HostLink::replyReady, [&sinceReply] { sinceReply.start(); });
   for (auto _ : state) {
     clock.start();
     doc.FileOpen();
@@ -169,8 +125,8 @@ void BM_FileOpen(benchmark::State& state) {
     }
     answering += clock.nsecsElapsed();
     handling += sinceReply.nsecsElapsed();
-    if (b.ui.boxCount() > 0) {
-      state.SkipWithError(qPrintable(b.ui.lastBox().text));
+    if (b.desk->ui.boxCount() > 0) {
+      state.SkipWithError(qPrintable(b.desk->ui.lastBox().text));
       break;
     }
     clock.start();
@@ -299,8 +255,7 @@ int main(int argc, char** argv) {
   registerBenchmarks();
   RecordingReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
-  bench().document.reset();
-  bench().link.reset();
+  bench().desk.reset();
 
   // Ratio lines last; the 1,000-row account's last of all.
   printRatio(reporter, 10);

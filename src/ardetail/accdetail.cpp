@@ -22,7 +22,6 @@
 #include "screencore/procedure.h"
 #include "screencore/screenrequest.h"
 
-#include <QFont>
 
 namespace adjustacc::ardetail {
 
@@ -36,7 +35,6 @@ namespace title = platform::modMessageTitle;
 
 namespace {
 
-const QString kUnbold = QStringLiteral("UNBOLD");
 const QString kLineBreak = QStringLiteral("\r\n");
 const QString kRemove = QStringLiteral("REMOVE");
 const QString kReinstate = QStringLiteral("REINSTATE");
@@ -248,14 +246,7 @@ void QORVA_AccDetail::SetTabs() {
 
 void QORVA_AccDetail::SetGridBolding(platform::Grid& grid) {
   trap(m_services, source("SetGridBolding"), [&] {
-    grid.styleSet(kUnbold).setBold(false);
-    QFont font = grid.font();
-    font.setBold(true);
-    grid.setFont(font);
-    for (int i = 0; i < grid.columnCount(); ++i) {
-      grid.column(i).setStyleSet(kUnbold);
-      grid.column(i).setHeadStyleSet(kUnbold);
-    }
+    screencore::boldCaptionOnly(grid);
   });
 }
 

@@ -18,7 +18,6 @@
 #include "screencore/screenrequest.h"
 
 #include <QFile>
-#include <QFont>
 
 namespace adjustacc::document {
 
@@ -38,7 +37,6 @@ const QString kReceivablesSection = QStringLiteral("ACNTSRCVBL");
 const QString kReceiptsSection = QStringLiteral("RECEIPT");
 const QString kAssessmentSection = QStringLiteral("ASSESSMENT");
 const QString kAccountTypeTable = QStringLiteral("REFDOCTYP");
-const QString kUnbold = QStringLiteral("UNBOLD");
 
 struct ColumnProps {
   const char16_t* caption;
@@ -455,14 +453,7 @@ void QORVA_AdjustAcc::mSdgDBGrid_Click(int index) {
 
 void QORVA_AdjustAcc::SetGridBolding(platform::Grid& grid) {
   trap(m_services, source("SetGridBolding"), [&] {
-    grid.styleSet(kUnbold).setBold(false);
-    QFont font = grid.font();
-    font.setBold(true);
-    grid.setFont(font);
-    for (int i = 0; i < grid.columnCount(); ++i) {
-      grid.column(i).setStyleSet(kUnbold);
-      grid.column(i).setHeadStyleSet(kUnbold);
-    }
+    screencore::boldCaptionOnly(grid);
   });
 }
 

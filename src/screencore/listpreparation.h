@@ -11,4 +11,9 @@ namespace adjustacc::screencore {
 
 void prepareList(platform::Grid& grid);
 
+// What every screen's SetGridBolding does to a list: the style set "UNBOLD" is set to normal weight, the list's
+// own font to bold, and every column takes "UNBOLD" for its cells and its heading - so only what the list draws
+// in its own font (its caption) is bold.
+void boldCaptionOnly(platform::Grid& grid);
+
 }  // namespace adjustacc::screencore
