@@ -19,6 +19,9 @@
 #include <QScopedValueRollback>
 #include <QStringList>
 
+#include <initializer_list>
+#include <utility>
+
 namespace adjustacc::activity {
 
 using messaging::Bookmark;
