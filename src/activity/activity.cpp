@@ -442,6 +442,14 @@ void QORVA_Activity::writeEntry(Bookmark row) {
   }
 }
 
+void QORVA_Activity::checkEntry(bool adding) {
+  if (const QString errors = CheckEdits(adding); !errors.isEmpty()) {
+    m_services.statusBar.setText(title::ErrorsFound);
+    m_services.ui.messageBox(errors, platform::MsgButtons::Ok, platform::MsgIcon::Exclamation, title::messageTitle());
+    raise(AppError::ActivityCheckFailed, errors);
+  }
+}
+
 void QORVA_Activity::resortAndRefresh() {
   screencore::failOn(rows().setSort(kActivitySort), QStringLiteral("Sort"));
   Adodc1.refresh();
@@ -449,12 +457,7 @@ void QORVA_Activity::resortAndRefresh() {
 
 bool QORVA_Activity::AddRow() {
   return trap(m_services, source("AddRow"), [&] {
-    if (const QString errors = CheckEdits(true); !errors.isEmpty()) {
-      m_services.statusBar.setText(title::ErrorsFound);
-      m_services.ui.messageBox(errors, platform::MsgButtons::Ok, platform::MsgIcon::Exclamation,
-                               title::messageTitle());
-      raise(AppError::ActivityCheckFailed, errors);
-    }
+    checkEntry(true);
     {
       const RedrawOff redrawOff(mSdgActivity);
       messaging::RecordSet& set = rows();
@@ -469,12 +472,7 @@ bool QORVA_Activity::AddRow() {
 
 bool QORVA_Activity::UpdateRow() {
   return trap(m_services, source("UpdateRow"), [&] {
-    if (const QString errors = CheckEdits(false); !errors.isEmpty()) {
-      m_services.statusBar.setText(title::ErrorsFound);
-      m_services.ui.messageBox(errors, platform::MsgButtons::Ok, platform::MsgIcon::Exclamation,
-                               title::messageTitle());
-      raise(AppError::ActivityCheckFailed, errors);
-    }
+    checkEntry(false);
     const Bookmark row = chosenRow();
     if (row == kNoBookmark || !entryDiffersFrom(row)) {
       m_services.statusBar.setText(QStringLiteral(

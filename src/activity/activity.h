@@ -156,6 +156,8 @@ private:
   bool entryDiffersFrom(messaging::Bookmark row) const;
   // Writes the entry and the account into the row, as an added row has them.
   void writeEntry(messaging::Bookmark row);
+  // Runs CheckEdits; a refused entry is shown and ends the calling procedure (the failed-check error).
+  void checkEntry(bool adding);
   void resortAndRefresh();
   void checkPendingEditUnlessFilling();
 
