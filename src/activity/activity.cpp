@@ -103,11 +103,11 @@ private:
 QORVA_Activity::QORVA_Activity(platform::Services& services, QObject* parent)
     : ModalScreen(services, kFormName, kCaption, parent) {
   const std::pair<Labels, QString> labels[] = {
-      {ARTypeCaption, QStringLiteral("AR Type:")},   {ARTypeLabel, QString()},
+      {ARTypeCaption, QStringLiteral("AR Type:")},     {ARTypeLabel, QString()},
       {ARNumberCaption, QStringLiteral("AR Number:")}, {ARNumberLabel, QString()},
-      {FromDateCaption, QStringLiteral("From Date")}, {ToDateCaption, QStringLiteral("To Date")},
-      {FilterCodeCaption, QStringLiteral("Code")},    {EntryDateCaption, QStringLiteral("Date")},
-      {EntryCodeCaption, QStringLiteral("Code")},     {CommentCaption, QStringLiteral("Comment")},
+      {FromDateCaption, QStringLiteral("From Date")},  {ToDateCaption, QStringLiteral("To Date")},
+      {FilterCodeCaption, QStringLiteral("Code")},     {EntryDateCaption, QStringLiteral("Date")},
+      {EntryCodeCaption, QStringLiteral("Code")},      {CommentCaption, QStringLiteral("Comment")},
   };
   for (const auto& [index, caption] : labels) {
     mLblActivity.add(index, caption);
@@ -134,19 +134,16 @@ QORVA_Activity::QORVA_Activity(platform::Services& services, QObject* parent)
     connect(&button, &platform::Button::clicked, this, [this, index] { mCmdActivity_Click(index); });
   });
 
-  for (platform::Control* control :
-       std::initializer_list<platform::Control*>{&mLblActivity[EntryDateCaption], &mDtpActivity[EntryDate],
-                                                 &mLblActivity[EntryCodeCaption], &mFtcboActivityCode,
-                                                 &mLblActivity[CommentCaption], &mTxtComment,
-                                                 &mCmdActivity[AddButton], &mCmdActivity[UpdateButton],
-                                                 &mCmdActivity[ClearEntryButton]}) {
+  for (platform::Control* control : std::initializer_list<platform::Control*>{
+           &mLblActivity[EntryDateCaption], &mDtpActivity[EntryDate], &mLblActivity[EntryCodeCaption],
+           &mFtcboActivityCode, &mLblActivity[CommentCaption], &mTxtComment, &mCmdActivity[AddButton],
+           &mCmdActivity[UpdateButton], &mCmdActivity[ClearEntryButton]}) {
     mFraAddUpdate.add(*control);
   }
-  for (platform::Control* control :
-       std::initializer_list<platform::Control*>{&mLblActivity[FromDateCaption], &mDtpActivity[FromDate],
-                                                 &mLblActivity[ToDateCaption], &mDtpActivity[ToDate],
-                                                 &mLblActivity[FilterCodeCaption], &mFtcboFilterCode,
-                                                 &mCmdActivity[ClearFilterButton], &mCmdActivity[SearchButton]}) {
+  for (platform::Control* control : std::initializer_list<platform::Control*>{
+           &mLblActivity[FromDateCaption], &mDtpActivity[FromDate], &mLblActivity[ToDateCaption], &mDtpActivity[ToDate],
+           &mLblActivity[FilterCodeCaption], &mFtcboFilterCode, &mCmdActivity[ClearFilterButton],
+           &mCmdActivity[SearchButton]}) {
     mFraFilter.add(*control);
   }
 
@@ -207,8 +204,7 @@ void QORVA_Activity::setARNumber(const QString& number) {
 void QORVA_Activity::showCaption(bool installment) {
   m_caption = installment ? QStringLiteral("Account Activity for Installment # ") + m_arNumber
                           : QStringLiteral("Account Activity for ") +
-                                m_services.codes.description(QStringLiteral("REFDOCTYP"), m_arType) + u' ' +
-                                m_arNumber;
+                                m_services.codes.description(QStringLiteral("REFDOCTYP"), m_arType) + u' ' + m_arNumber;
   Q_EMIT captionChanged(m_caption);
 }
 
@@ -260,8 +256,8 @@ void QORVA_Activity::Form_Load() {
     // Nothing to hand back until a row is added or changed.
     mCmdActivity[SaveButton].setEnabled(false);
     const QString region = m_services.user.region();
-    screencore::valueOrFail(mFtcboActivityCode.fill(
-        screencore::codeTableQueryText(region, mFtcboActivityCode.codeTable(), today)));
+    screencore::valueOrFail(
+        mFtcboActivityCode.fill(screencore::codeTableQueryText(region, mFtcboActivityCode.codeTable(), today)));
     screencore::valueOrFail(
         mFtcboFilterCode.fill(screencore::codeTableQueryText(region, mFtcboFilterCode.codeTable(), today)));
   });
@@ -320,7 +316,8 @@ void QORVA_Activity::mSdgActivity_SelChange() {
     mFtcboActivityCode.setLocked(valueOf(row, kAction).trimmed().toUpper() != kAdd);
     bool mayUpdate = false;
     if (valueOf(row, kInfoField).trimmed().toUpper() != kSystem) {
-      const bool own = valueOf(row, kOfficerField).trimmed().compare(m_services.user.officerId(), Qt::CaseInsensitive) == 0;
+      const bool own =
+          valueOf(row, kOfficerField).trimmed().compare(m_services.user.officerId(), Qt::CaseInsensitive) == 0;
       mayUpdate = own || m_updateRight;
     }
     mCmdActivity[UpdateButton].setEnabled(mayUpdate);
@@ -457,40 +454,42 @@ void QORVA_Activity::resortAndRefresh() {
 
 bool QORVA_Activity::AddRow() {
   return trap(m_services, source("AddRow"), [&] {
-    checkEntry(true);
-    {
-      const RedrawOff redrawOff(mSdgActivity);
-      messaging::RecordSet& set = rows();
-      const Bookmark row = set.addNew();
-      writeEntry(row);
-      set.updateAt(row, set.fieldIndex(kAction), kAdd);
-      resortAndRefresh();
-    }
-    m_services.statusBar.setText(QStringLiteral("Account activity information was added to the active window."));
-  }) == platform::TrapOutcome::Completed;
+           checkEntry(true);
+           {
+             const RedrawOff redrawOff(mSdgActivity);
+             messaging::RecordSet& set = rows();
+             const Bookmark row = set.addNew();
+             writeEntry(row);
+             set.updateAt(row, set.fieldIndex(kAction), kAdd);
+             resortAndRefresh();
+           }
+           m_services.statusBar.setText(QStringLiteral("Account activity information was added to the active window."));
+         }) == platform::TrapOutcome::Completed;
 }
 
 bool QORVA_Activity::UpdateRow() {
   return trap(m_services, source("UpdateRow"), [&] {
-    checkEntry(false);
-    const Bookmark row = chosenRow();
-    if (row == kNoBookmark || !entryDiffersFrom(row)) {
-      m_services.statusBar.setText(QStringLiteral(
-          "Account activity information was not updated in the active window. Account activity was not changed."));
-      return;
-    }
-    {
-      const RedrawOff redrawOff(mSdgActivity);
-      // A row added here stays "ADD": the host has yet to see it at all.
-      const bool untouched = valueOf(row, kAction).trimmed().isEmpty();
-      writeEntry(row);
-      if (untouched) {
-        rows().updateAt(row, rows().fieldIndex(kAction), kUpd);
-      }
-      resortAndRefresh();
-    }
-    m_services.statusBar.setText(QStringLiteral("Account activity information was updated in the active window."));
-  }) == platform::TrapOutcome::Completed;
+           checkEntry(false);
+           const Bookmark row = chosenRow();
+           if (row == kNoBookmark || !entryDiffersFrom(row)) {
+             m_services.statusBar.setText(
+                 QStringLiteral("Account activity information was not updated in the active window. Account activity "
+                                "was not changed."));
+             return;
+           }
+           {
+             const RedrawOff redrawOff(mSdgActivity);
+             // A row added here stays "ADD": the host has yet to see it at all.
+             const bool untouched = valueOf(row, kAction).trimmed().isEmpty();
+             writeEntry(row);
+             if (untouched) {
+               rows().updateAt(row, rows().fieldIndex(kAction), kUpd);
+             }
+             resortAndRefresh();
+           }
+           m_services.statusBar.setText(
+               QStringLiteral("Account activity information was updated in the active window."));
+         }) == platform::TrapOutcome::Completed;
 }
 
 bool QORVA_Activity::DataChanged() {

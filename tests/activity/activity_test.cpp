@@ -68,7 +68,8 @@ INSTANTIATE_TEST_SUITE_P(
     Activity, CheckEditsTest,
     ::testing::Values(
         CheckCase{"TheFirstDayOfTheLogPasses",
-                  [](ActivityTest& fixture) { fixture.enter(QDate(1997, 1, 27), u"CALL"_s, u"Old note"_s); }, true, QString()},
+                  [](ActivityTest& fixture) { fixture.enter(QDate(1997, 1, 27), u"CALL"_s, u"Old note"_s); }, true,
+                  QString()},
         CheckCase{"TheDayBeforeIsRefused",
                   [](ActivityTest& fixture) {
                     fixture.picker(A::EntryDate).setMinDate(QDate(1990, 1, 1));
@@ -89,14 +90,14 @@ INSTANTIATE_TEST_SUITE_P(
                   [](ActivityTest& fixture) { fixture.enter(kToday, u"PAY"_s, u"Note"_s); }, false,
                   u" Code Description must be selected\r\n"_s},
         CheckCase{"TheOfficersOwnEntryAgainWhenAdding",
-                  [](ActivityTest& fixture) { fixture.enter(QDate(2024, 3, 1), u"call"_s, u" Left a message  "_s); }, true,
-                  u" Can not add duplicate information\r\n"_s},
+                  [](ActivityTest& fixture) { fixture.enter(QDate(2024, 3, 1), u"call"_s, u" Left a message  "_s); },
+                  true, u" Can not add duplicate information\r\n"_s},
         CheckCase{"TheSameEntryWhenUpdatingIsNotTested",
-                  [](ActivityTest& fixture) { fixture.enter(QDate(2024, 3, 1), u"CALL"_s, u"Left a message"_s); }, false,
-                  QString()},
+                  [](ActivityTest& fixture) { fixture.enter(QDate(2024, 3, 1), u"CALL"_s, u"Left a message"_s); },
+                  false, QString()},
         CheckCase{"AnotherOfficersEntryIsNoDuplicate",
-                  [](ActivityTest& fixture) { fixture.enter(QDate(2024, 2, 15), u"LTR"_s, u"Demand letter sent"_s); }, true,
-                  QString()},
+                  [](ActivityTest& fixture) { fixture.enter(QDate(2024, 2, 15), u"LTR"_s, u"Demand letter sent"_s); },
+                  true, QString()},
         CheckCase{"AnotherDayIsNoDuplicate",
                   [](ActivityTest& fixture) { fixture.enter(QDate(2024, 3, 2), u"CALL"_s, u"Left a message"_s); }, true,
                   QString()}),
@@ -226,7 +227,9 @@ INSTANTIATE_TEST_SUITE_P(Activity, RightsTest,
                                            RightsCase{"AnotherOfficersRowWithTheRight", "2", true, true},
                                            RightsCase{"ASystemRowWithoutTheRight", "3", false, false},
                                            RightsCase{"ASystemRowEvenWithTheRight", "3", true, false}),
-                         [](const ::testing::TestParamInfo<RightsCase>& param) { return std::string(param.param.name); });
+                         [](const ::testing::TestParamInfo<RightsCase>& param) {
+                           return std::string(param.param.name);
+                         });
 
 TEST_F(ActivityTest, ClearingTheEntryGivesAddBackAndForgetsTheChosenRow) {
   open();
@@ -255,8 +258,7 @@ TEST_F(ActivityTest, TheFilterTextsAsTheyAreWritten) {
   picker(A::FromDate).setDate(QDate(2024, 2, 1));
   picker(A::ToDate).setDate(QDate(2024, 2, 29));
   ASSERT_TRUE(click(A::SearchButton));
-  EXPECT_EQ(rows().filter(),
-            u"ACCT_ACTVTY_CD = 'CALL' and ACTVTY_DT >= #02/01/2024# and ACTVTY_DT <=  #02/29/2024#"_s);
+  EXPECT_EQ(rows().filter(), u"ACCT_ACTVTY_CD = 'CALL' and ACTVTY_DT >= #02/01/2024# and ACTVTY_DT <=  #02/29/2024#"_s);
   ASSERT_EQ(rows().recordCount(), 1);
   EXPECT_EQ(value(0, u"ACTVTY_SEQ_NBR"_s), u"4"_s);
 
@@ -311,28 +313,28 @@ TEST_P(CaptionTest, TheCaptionFollowsTheLastPropertySet) {
   EXPECT_EQ(screen.caption(), GetParam().expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Activity, CaptionTest,
-    ::testing::Values(
-        CaptionCase{"TypeAfterNumber",
-                    [](A& s) {
-                      s.setARNumber(u"1000011-5"_s);
-                      s.setARType(u"C"_s);
-                    },
-                    u"Account Activity for CITATION ENF001 1000011-5"_s},
-        CaptionCase{"InstallmentTypeAfterNumber",
-                    [](A& s) {
-                      s.setARNumber(u"2000042-7"_s);
-                      s.setARType(u" P "_s);
-                    },
-                    u"Account Activity for Installment # 2000042-7"_s},
-        CaptionCase{"NumberAfterInstallmentType",
-                    [](A& s) {
-                      s.setARType(u"P"_s);
-                      s.setARNumber(u"2000042-7"_s);
-                    },
-                    u"Account Activity for PAYMENT PLAN 2000042-7"_s}),
-    [](const ::testing::TestParamInfo<CaptionCase>& param) { return std::string(param.param.name); });
+INSTANTIATE_TEST_SUITE_P(Activity, CaptionTest,
+                         ::testing::Values(CaptionCase{"TypeAfterNumber",
+                                                       [](A& s) {
+                                                         s.setARNumber(u"1000011-5"_s);
+                                                         s.setARType(u"C"_s);
+                                                       },
+                                                       u"Account Activity for CITATION ENF001 1000011-5"_s},
+                                           CaptionCase{"InstallmentTypeAfterNumber",
+                                                       [](A& s) {
+                                                         s.setARNumber(u"2000042-7"_s);
+                                                         s.setARType(u" P "_s);
+                                                       },
+                                                       u"Account Activity for Installment # 2000042-7"_s},
+                                           CaptionCase{"NumberAfterInstallmentType",
+                                                       [](A& s) {
+                                                         s.setARType(u"P"_s);
+                                                         s.setARNumber(u"2000042-7"_s);
+                                                       },
+                                                       u"Account Activity for PAYMENT PLAN 2000042-7"_s}),
+                         [](const ::testing::TestParamInfo<CaptionCase>& param) {
+                           return std::string(param.param.name);
+                         });
 
 // --- closing -----------------------------------------------------------------------------------------------------
 
@@ -376,7 +378,9 @@ INSTANTIATE_TEST_SUITE_P(Activity, CloseTest,
                          ::testing::Values(CloseCase{"Yes", MsgAnswer::Yes, false, true},
                                            CloseCase{"No", MsgAnswer::No, false, false},
                                            CloseCase{"CancelStaysOpen", MsgAnswer::Cancel, true, true}),
-                         [](const ::testing::TestParamInfo<CloseCase>& param) { return std::string(param.param.name); });
+                         [](const ::testing::TestParamInfo<CloseCase>& param) {
+                           return std::string(param.param.name);
+                         });
 
 }  // namespace
 }  // namespace adjustacc::activity::testing
