@@ -3,6 +3,8 @@
 #include "assessmentline.h"
 #include "licpurchopt.h"
 
+#include "activity/activity.h"
+
 #include "screencore/codetablequerytext.h"
 #include "messaging/recordsetbuilder.h"
 #include "messaging/replychecker.h"
@@ -39,6 +41,11 @@ const QString kLineBreak = QStringLiteral("\r\n");
 const QString kRemove = QStringLiteral("REMOVE");
 const QString kReinstate = QStringLiteral("REINSTATE");
 const QString kChecked = QStringLiteral("-1");
+const QString kActivitySection = QStringLiteral("ACCOUNTACTIVITY");
+// What an added or changed activity row carries back to the host.
+const char* const kActivityFields[] = {"ACTION",          "ACTVTY_SEQ_NBR", "ACCT_RCVBL_NBR",   "ACCT_CK_DGT_NBR",
+                                       "ACCT_RCVBL_TYP_CD", "ACTVTY_DT",    "ACTVTY_TM",        "ACCT_ACTVTY_CD",
+                                       "ACTVTY_CMMT_TXT", "LST_UPDT_USER_ID", "LST_UPDT_TS",     "ROW_VRSN_NBR"};
 const QDate kEarliestDate(1993, 1, 1);
 const QDate kLatestDate(9999, 12, 31);
 // The License Purchase Option fees: one of them at a time may be removed.
@@ -96,6 +103,7 @@ QORVA_AccDetail::QORVA_AccDetail(platform::Services& services, QObject* parent)
                    [this] {
                      removeMovedRows(AvailableGrid);
                      removeMovedRows(AdjustedGrid);
+                     m_activityChanges.reset();
                    },
                .updateTimeout = [this] { UpdateTimeout(); }},
               &mTimUpdateTimeout) {
@@ -277,15 +285,34 @@ void QORVA_AccDetail::mNcsbMessage_DataReady(const QString& replyTo, const messa
         mCmdButton[SaveButton].setEnabled(action == u"V" && !generated && m_saveAllowed && m_mayAdjust);
         mLblAdjust[StatusLabel].setCaption(m_services.codes.description(QStringLiteral("CSTATUS"), action));
       }
+      m_activityChanges.reset();
       InitializeData();
       // The save's reply carries the assessments as the host now has them.
       mSdgDBGrid[AvailableGrid].removeAll();
       mSdgDBGrid[AdjustedGrid].removeAll();
     }
+    if (reply.hasSection(kActivitySection)) {
+      showActivity(reply);
+    }
     takeAssessments(reply);
     m_services.statusBar.setText(title::Ready);
     m_services.ui.setPointer(platform::Pointer::Default);
   });
+}
+
+void QORVA_AccDetail::showActivity(const messaging::Reply& reply) {
+  activity::QORVA_Activity log(m_services);
+  // The activity screen splits the number into its seven digits and its check digit.
+  log.setARNumber(ARNumber().trimmed() + u'-' + m_checkNumber.trimmed());
+  log.setARType(ARType().trimmed());
+  log.LoadActivity(reply, m_requestId);
+  m_services.statusBar.setText(title::Ready);
+  m_services.ui.setPointer(platform::Pointer::Default);
+  log.showModal();
+  if (log.SaveChange()) {
+    // Sent with this screen's next save, which the clerk may make at once or with an adjustment.
+    m_activityChanges = log.changedRows();
+  }
 }
 
 void QORVA_AccDetail::takeAssessments(const messaging::Reply& reply) {
@@ -310,7 +337,7 @@ void QORVA_AccDetail::SendAccountPI() {
     message.addParameter(marventoParameter(QStringLiteral("key:ACCT_RCVBL_TYP_CD"), ARType().trimmed()));
     message.addParameter(marventoParameter(QStringLiteral("key:THIN"), QStringLiteral("YES")));
     // Named without a record: what the request asks for, not a change.
-    message.addRecord(QStringLiteral("ACCOUNTACTIVITY"));
+    message.addRecord(kActivitySection);
     m_services.statusBar.setText(QStringLiteral("Requesting Account Activity for ") +
                                  m_services.codes.description(QStringLiteral("ADJDOC"), ARType().trimmed()) +
                                  QStringLiteral(" number ") + ARNumber());
@@ -516,18 +543,24 @@ void QORVA_AccDetail::close() {
 bool QORVA_AccDetail::DataChanged() {
   return platform::trapValue(m_services, source("DataChanged"), false, [&] {
     m_services.statusBar.setText(title::CheckingForDataChanges);
-    if (!mTxtAdjust.text().isEmpty() || !mDtpDTPicker.isEmpty() || voidOrDelete()) {
-      return true;
-    }
-    for (const int grid : {AvailableGrid, AdjustedGrid}) {
-      for (int row = 0; row < mSdgDBGrid[grid].rows(); ++row) {
-        if (isChecked(grid, row)) {
-          return true;
-        }
+    return adjustmentEntered() || activityChanged();
+  });
+}
+
+bool QORVA_AccDetail::activityChanged() const { return m_activityChanges && m_activityChanges->recordCount() > 0; }
+
+bool QORVA_AccDetail::adjustmentEntered() const {
+  if (!mTxtAdjust.text().isEmpty() || !mDtpDTPicker.isEmpty() || voidOrDelete()) {
+    return true;
+  }
+  for (const int grid : {AvailableGrid, AdjustedGrid}) {
+    for (int row = 0; row < mSdgDBGrid[grid].rows(); ++row) {
+      if (isChecked(grid, row)) {
+        return true;
       }
     }
-    return false;
-  });
+  }
+  return false;
 }
 
 bool QORVA_AccDetail::LPOFee() {
@@ -643,6 +676,17 @@ void QORVA_AccDetail::SaveData() {
     }
     mSdgDBGrid[AvailableGrid].update();
     mSdgDBGrid[AdjustedGrid].update();
+    if (!adjustmentEntered()) {
+      // Only the activity log changed: its rows are saved on their own, with nothing to check here.
+      m_errorText.clear();
+      messaging::RequestMessage& message = saveRequest();
+      LoadActivityDTD(message);
+      m_services.statusBar.setText(QStringLiteral("Saving Account Activity for ") +
+                                   m_services.codes.description(QStringLiteral("ADJDOC"), ARType().trimmed()) +
+                                   QStringLiteral(" number ") + ARNumber());
+      sendSave(message);
+      return;
+    }
     CheckEdit();
     mSdgDBGrid[AvailableGrid].update();
     mSdgDBGrid[AdjustedGrid].update();
@@ -671,11 +715,7 @@ void QORVA_AccDetail::SaveData() {
         return;
       }
     }
-    messaging::RequestMessage& message =
-        screencore::freshRequest(m_services, *this, mNcsbMessage, replyToName(), kRequestCode);
-    message.addParameter(marventoParameter(QStringLiteral("key:REF_NBR"), ARNumber().trimmed()));
-    message.addParameter(marventoParameter(QStringLiteral("key:REF_TYP_CD"), ARType().trimmed()));
-    message.addParameter(marventoParameter(QStringLiteral("key:LPO"), QStringLiteral("NO")));
+    messaging::RequestMessage& message = saveRequest();
     if (action == u"V" || action == u"D") {
       LoadAdjustARDTD(message);
     } else {
@@ -693,11 +733,42 @@ void QORVA_AccDetail::SaveData() {
       LoadAdjustARDTD(message);
       LoadAssessmentDTD(message);
     }
-    m_requestId = screencore::sendRequest(message, *this);
-    mSdgDBGrid[AvailableGrid].setEnabled(false);
-    mSdgDBGrid[AdjustedGrid].setEnabled(false);
-    m_services.ui.setPointer(platform::Pointer::Hourglass);
-    m_watch.saveSent();
+    LoadActivityDTD(message);
+    sendSave(message);
+  });
+}
+
+messaging::RequestMessage& QORVA_AccDetail::saveRequest() {
+  messaging::RequestMessage& message =
+      screencore::freshRequest(m_services, *this, mNcsbMessage, replyToName(), kRequestCode);
+  message.addParameter(marventoParameter(QStringLiteral("key:REF_NBR"), ARNumber().trimmed()));
+  message.addParameter(marventoParameter(QStringLiteral("key:REF_TYP_CD"), ARType().trimmed()));
+  message.addParameter(marventoParameter(QStringLiteral("key:LPO"), QStringLiteral("NO")));
+  return message;
+}
+
+void QORVA_AccDetail::sendSave(messaging::RequestMessage& message) {
+  m_requestId = screencore::sendRequest(message, *this);
+  mSdgDBGrid[AvailableGrid].setEnabled(false);
+  mSdgDBGrid[AdjustedGrid].setEnabled(false);
+  m_services.ui.setPointer(platform::Pointer::Hourglass);
+  m_watch.saveSent();
+}
+
+void QORVA_AccDetail::LoadActivityDTD(messaging::RequestMessage& message) {
+  trap(m_services, source("LoadActivityDTD"), [&] {
+    if (!activityChanged()) {
+      return;
+    }
+    messaging::RecordSet& rows = *m_activityChanges;
+    for (rows.moveFirst(); !rows.eof(); rows.moveNext()) {
+      messaging::SaveRecord& record = message.addRecord(kActivitySection);
+      for (const char* field : kActivityFields) {
+        if (rows.fieldIndex(QLatin1String(field)) >= 0) {
+          record.setField(QLatin1String(field), rows.value(QLatin1String(field)));
+        }
+      }
+    }
   });
 }
 

@@ -138,6 +138,8 @@ public:
   void mTimUpdateTimeout_Timer();
   void LoadAdjustARDTD(messaging::RequestMessage& message);
   void LoadAssessmentDTD(messaging::RequestMessage& message);
+  // The activity rows the clerk added or changed on the Account Activity screen, sent with the save.
+  void LoadActivityDTD(messaging::RequestMessage& message);
   // The License Purchase Option particulars the clerk entered for the removed option fee.
   void LoadLPODTD(messaging::RequestMessage& message, const QORVA_LicPurchOpt& option);
 
@@ -168,6 +170,13 @@ private:
   void showTotals(int changedGrid);
   // The rows of the reply's "ASSESSMENT" section, in the order the grids list them.
   void takeAssessments(const messaging::Reply& reply);
+  // The activity log of the reply, shown on the Account Activity screen; its changes wait for the save.
+  void showActivity(const messaging::Reply& reply);
+  // Whether an adjustment (comment, date, void or delete, marked rows) was entered.
+  bool adjustmentEntered() const;
+  bool activityChanged() const;
+  messaging::RequestMessage& saveRequest();
+  void sendSave(messaging::RequestMessage& message);
 
   screencore::SaveWatch m_watch;
   QPointer<messaging::RequestMessage> mNcsbMessage;
@@ -184,6 +193,8 @@ private:
   QString m_rowVersion;
   bool m_saveAllowed = true;
   bool m_mayAdjust = true;
+  // Added and changed rows of the activity log, until a save takes them.
+  std::optional<messaging::RecordSet> m_activityChanges;
 };
 
 }  // namespace adjustacc::ardetail

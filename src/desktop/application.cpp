@@ -1,12 +1,14 @@
 #include "application.h"
 
 #include "accdetailview.h"
+#include "activityview.h"
 #include "documentwindow.h"
 #include "forminqview.h"
 #include "licpurchoptview.h"
 #include "logging.h"
 #include "selectcustforminqview.h"
 
+#include "activity/activity.h"
 #include "ardetail/accdetail.h"
 #include "ardetail/licpurchopt.h"
 #include "document/adjustacc.h"
@@ -73,6 +75,7 @@ Application::~Application() {
 
 void Application::registerViews(QtUi& ui) {
   ui.registerView<ardetail::QORVA_AccDetail, AccDetailView>(ardetail::QORVA_AccDetail::kFormName);
+  ui.registerView<activity::QORVA_Activity, ActivityView>(activity::QORVA_Activity::kFormName);
   ui.registerView<ardetail::QORVA_LicPurchOpt, LicPurchOptView>(ardetail::QORVA_LicPurchOpt::kFormName);
   ui.registerView<inquiry::QORVA_FormInq, FormInqView>(inquiry::QORVA_FormInq::kFormName);
   ui.registerView<inquiry::QORVA_SelectCustFormInq, SelectCustFormInqView>(

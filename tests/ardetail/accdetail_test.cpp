@@ -71,64 +71,64 @@ INSTANTIATE_TEST_SUITE_P(
     AccDetail, CheckEditTest,
     ::testing::Values(
         CheckCase{"VoidOfAPaymentPlanStopsAtOnce", u"P"_s, u"U"_s,
-                  [](AccDetailTest& t) { t.chooseAction(u"V"_s); },
+                  [](AccDetailTest& fixture) { fixture.chooseAction(u"V"_s); },
                   u"Can not void or delete a payment plan\r\n"_s},
         CheckCase{"DeleteWithALaterDateAndNoCommentSkipsTheTypeRule", u"X"_s, u"U"_s,
-                  [](AccDetailTest& t) {
-                    t.chooseAction(u"D"_s);
-                    t.screen().mDtpDTPicker.setDate(kToday.addDays(1));
+                  [](AccDetailTest& fixture) {
+                    fixture.chooseAction(u"D"_s);
+                    fixture.screen().mDtpDTPicker.setDate(kToday.addDays(1));
                   },
                   u"Date Adjusted must be current date or a prior date\r\nComment is required\r\n"_s},
         CheckCase{"DeleteOfAnotherKindOfForm", u"X"_s, u"U"_s,
-                  [](AccDetailTest& t) {
-                    t.chooseAction(u"D"_s);
-                    t.enter();
+                  [](AccDetailTest& fixture) {
+                    fixture.chooseAction(u"D"_s);
+                    fixture.enter();
                   },
                   u"Only delete ENF001, ENF003, ENF507, and Temporary Permits\r\n"_s},
         CheckCase{"AVoidedFormMayOnlyBeDeleted", u"C"_s, u"V"_s,
-                  [](AccDetailTest& t) {
-                    t.mark(A::AdjustedGrid, 0);
-                    t.enter();
+                  [](AccDetailTest& fixture) {
+                    fixture.mark(A::AdjustedGrid, 0);
+                    fixture.enter();
                   },
                   u"Can not adjust a voided form\r\n"_s},
         CheckCase{"NothingMarkedNoDateNoComment", u"C"_s, u"U"_s, [](AccDetailTest&) {},
                   u"Adjusted Date is required\r\nPlease adjust the account receivables or the Fees/Penalties\r\n"
                   u"Comment is required\r\n"_s},
         CheckCase{"TwoOptionFees", u"C"_s, u"U"_s,
-                  [](AccDetailTest& t) {
-                    t.mark(A::AvailableGrid, 0);
-                    t.mark(A::AvailableGrid, 1);
-                    t.enter();
+                  [](AccDetailTest& fixture) {
+                    fixture.mark(A::AvailableGrid, 0);
+                    fixture.mark(A::AvailableGrid, 1);
+                    fixture.enter();
                   },
                   u"Adjust only one LPO at a time\r\n"_s},
         CheckCase{"AnActionAndMarkedRows", u"C"_s, u"U"_s,
-                  [](AccDetailTest& t) {
-                    t.mark(A::AvailableGrid, 1);
-                    t.chooseAction(u"V"_s);
-                    t.enter();
+                  [](AccDetailTest& fixture) {
+                    fixture.mark(A::AvailableGrid, 1);
+                    fixture.chooseAction(u"V"_s);
+                    fixture.enter();
                   },
                   u"You can not select Action and adjust a fee/penalty at the same time\r\n"_s},
         CheckCase{"ADateBeforeAMarkedAssessmentOfEachGrid", u"C"_s, u"U"_s,
-                  [](AccDetailTest& t) {
-                    t.mark(A::AvailableGrid, 0);
-                    t.mark(A::AdjustedGrid, 0);
-                    t.enter(QDate(2024, 2, 9));
+                  [](AccDetailTest& fixture) {
+                    fixture.mark(A::AvailableGrid, 0);
+                    fixture.mark(A::AdjustedGrid, 0);
+                    fixture.enter(QDate(2024, 2, 9));
                   },
                   u"Date Adjusted must be >= assessment date in Available Assessments Grid\r\n"
                   u"Date Adjusted must be >= assessment date in Adjusted Assessments Grid\r\n"_s},
         CheckCase{"TheDateOfTheAssessmentItselfPasses", u"C"_s, u"U"_s,
-                  [](AccDetailTest& t) {
-                    t.mark(A::AvailableGrid, 0);
-                    t.enter(QDate(2024, 2, 10));
+                  [](AccDetailTest& fixture) {
+                    fixture.mark(A::AvailableGrid, 0);
+                    fixture.enter(QDate(2024, 2, 10));
                   },
                   QString()},
         CheckCase{"ABlankCommentIsNoComment", u"C"_s, u"U"_s,
-                  [](AccDetailTest& t) {
-                    t.mark(A::AvailableGrid, 1);
-                    t.enter(kToday, u"   "_s);
+                  [](AccDetailTest& fixture) {
+                    fixture.mark(A::AvailableGrid, 1);
+                    fixture.enter(kToday, u"   "_s);
                   },
                   u"Comment is required\r\n"_s}),
-    [](const ::testing::TestParamInfo<CheckCase>& info) { return std::string(info.param.name); });
+    [](const ::testing::TestParamInfo<CheckCase>& row) { return std::string(row.param.name); });
 
 TEST_F(AccDetailTest, SaveSendsTheAdjustmentAndEachMarkedAssessment) {
   open({assessment(u"A"_s, u"F20"_s, u"1,025.00"_s), assessment(u"A"_s, u"P01"_s, u"40.00"_s),
@@ -413,6 +413,56 @@ TEST_F(AccDetailTest, AnOptionFeeRemovalSendsTheOptionOrNothingWhenItIsCancelled
   EXPECT_EQ(removed.field(u"LIC_PRCHS_OPTN_IND"_s), u"Y"_s);
   EXPECT_EQ(removed.field(u"AC_ASMT_AMT"_s), u"90.00"_s);
   EXPECT_FALSE(removed.hasField(u"CL_ASMT_AMT"_s));
+}
+
+}  // namespace
+}  // namespace adjustacc::ardetail::testing
+
+namespace adjustacc::ardetail::testing {
+namespace {
+
+// "Account Activity" asks for the log; its reply opens the activity screen, whose added rows wait for the
+// detail screen's save - made at once when nothing else was entered.
+TEST_F(AccDetailTest, ActivityRowsAddedOnTheLogAreSavedByTheDetailScreen) {
+  open({assessment(u"A"_s, u"F20"_s, u"25.00"_s)});
+  screen().mCmdButton[A::AccountActivityButton].click();
+  const messaging::Request asked = m_set.link.lastRequest();
+  EXPECT_EQ(asked.params, (QList<messaging::RequestParameter>{
+                              {u"MARVENTO"_s, u"key:ACCT_RCVBL_NBR"_s, u"="_s, u"1000011"_s},
+                              {u"MARVENTO"_s, u"key:ACCT_RCVBL_TYP_CD"_s, u"="_s, u"C"_s},
+                              {u"MARVENTO"_s, u"key:THIN"_s, u"="_s, u"YES"_s}}));
+  EXPECT_EQ(m_set.statusBar.text(), u"Requesting Account Activity for CITATION ENF001 number 1000011");
+  m_set.ui.queueModal([](platform::ModalForm& form) {
+    auto& log = dynamic_cast<activity::QORVA_Activity&>(form);
+    EXPECT_EQ(log.mSdgActivity.rows(), 1);
+    log.mFtcboActivityCode.setCode(u"CAL"_s);
+    log.mTxtComment.setText(u"Customer called about the penalty"_s);
+    log.mCmdActivity[activity::QORVA_Activity::AddButton].click();
+    log.mCmdActivity[activity::QORVA_Activity::SaveButton].click();
+  });
+  answer(testsupport::replyWith(
+      {{u"ACCOUNTACTIVITY"_s,
+        testsupport::section({u"ACTVTY_SEQ_NBR"_s, u"ACTVTY_DT"_s, u"ACCT_ACTVTY_CD"_s, u"ACTVTY_CMMT_TXT"_s,
+                              u"LST_UPDT_USER_ID"_s, u"ACTION"_s, u"ROW_VRSN_NBR"_s},
+                             {{u"1"_s, u"2024-02-01"_s, u"CAL"_s, u"First call"_s, u"OFC9"_s, QVariant(), u"3"_s}})}}));
+  ASSERT_TRUE(screen().DataChanged());
+
+  screen().SaveData();
+  ASSERT_EQ(screen().SaveState(), u"SAVEPENDING") << m_set.ui.lastBox().text.toStdString();
+  const messaging::Request saved = m_set.link.lastRequest();
+  ASSERT_EQ(saved.records.size(), 1);
+  EXPECT_EQ(saved.records[0].name, u"ACCOUNTACTIVITY");
+  const messaging::SaveRecord& added = saved.records[0].records.first();
+  EXPECT_EQ(added.field(u"ACTION"_s), u"ADD"_s);
+  EXPECT_EQ(added.field(u"ACCT_RCVBL_NBR"_s), u"1000011"_s);
+  EXPECT_EQ(added.field(u"ACCT_CK_DGT_NBR"_s), u"5"_s);
+  EXPECT_EQ(added.field(u"ACCT_ACTVTY_CD"_s), u"CAL"_s);
+  EXPECT_EQ(added.field(u"ACTVTY_CMMT_TXT"_s), u"Customer called about the penalty"_s);
+  EXPECT_EQ(m_set.statusBar.text(), u"Saving Account Activity for CITATION ENF001 number 1000011");
+
+  answer(testsupport::replyWith({}));
+  EXPECT_TRUE(screen().AccountChanged());
+  EXPECT_FALSE(screen().DataChanged());  // taken by the save
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "ardetail/accdetail.h"
 #include "ardetail/licpurchopt.h"
+#include "activity/activity.h"
 #include "messaging/requestmessage.h"
 #include "platform/modmessagetitle.h"
 
@@ -61,7 +62,9 @@ public:
           {u"ACCADJUST"_s, u"D"_s, u"DELETE"_s}, {u"CSTATUS"_s, u"U"_s, u"UNPAID"_s}, {u"CSTATUS"_s, u"V"_s, u"VOID"_s},
           {u"CSTATUS"_s, u"D"_s, u"DELETED"_s}, {u"FEE"_s, u"F09"_s, u"LPO FEE 90 DAY"_s},
           {u"FEE"_s, u"F15"_s, u"LPO FEE 15 DAY"_s}, {u"FEE"_s, u"F20"_s, u"TOWING FEE"_s},
-          {u"PENALTY"_s, u"P01"_s, u"OVERWEIGHT PENALTY"_s}, {u"ADJDOC"_s, u"C"_s, u"CITATION ENF001"_s}}) {
+          {u"PENALTY"_s, u"P01"_s, u"OVERWEIGHT PENALTY"_s}, {u"ADJDOC"_s, u"C"_s, u"CITATION ENF001"_s},
+          {u"REFDOCTYP"_s, u"C"_s, u"CITATION ENF001"_s}, {u"COLLECTN"_s, u"CAL"_s, u"PHONE CALL"_s},
+          {u"COLLECTN-USER"_s, u"CAL"_s, u"PHONE CALL"_s}}) {
       m_set.codes.add(table, code, description);
       m_set.codeTables.add(table, code, description);
     }

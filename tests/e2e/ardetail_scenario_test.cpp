@@ -5,12 +5,14 @@
 #include "desktopfixture.h"
 
 #include "desktop/accdetailview.h"
+#include "desktop/activityview.h"
 #include "desktop/adjustaccview.h"
 #include "desktop/dateedit.h"
 #include "desktop/forminqview.h"
 #include "desktop/gridview.h"
 #include "desktop/licpurchoptview.h"
 
+#include "activity/activity.h"
 #include "ardetail/accdetail.h"
 #include "ardetail/licpurchopt.h"
 #include "document/adjustacc.h"
@@ -137,6 +139,48 @@ TEST_F(ArDetailScenario, RemovingAnOptionFeeAsksForTheOptionFirst) {
         << window().statusText()->text().toStdString();
     EXPECT_TRUE(form.AccountChanged());
     screenshot(detail, u"ardetail-07-option-fee-removed"_s);
+    QTest::mouseClick(detail.button(QORVA_AccDetail::CloseButton), Qt::LeftButton);
+  }));
+}
+
+TEST_F(ArDetailScenario, AnActivityEntryIsAddedAndSavedWithTheReceivable) {
+  ASSERT_NO_FATAL_FAILURE(start());
+  ASSERT_NO_FATAL_FAILURE(openCitationAndItsDetail([&](AccDetailView& detail) {
+    auto& form = dynamic_cast<QORVA_AccDetail&>(detail.form());
+    ASSERT_TRUE(waitFor([&] { return rowsOf(detail.grid(QORVA_AccDetail::AvailableGrid)) == 7; }));
+    int logged = -1;
+    bool added = false;
+    whenShown<ActivityView>([&logged, &added](ActivityView& log) {
+      ASSERT_TRUE(waitFor([&] { return rowsOf(log.rows()) > 0; }));
+      logged = rowsOf(log.rows());
+      log.entryCode()->lineEdit()->setFocus();
+      QTest::keyClicks(log.entryCode()->lineEdit(), u"PHONE CALL"_s);
+      log.comment()->setFocus();
+      QTest::keyClicks(log.comment(), u"Customer asked about the penalty"_s);
+      QTest::mouseClick(log.button(activity::QORVA_Activity::AddButton), Qt::LeftButton);
+      EXPECT_EQ(rowsOf(log.rows()), logged + 1);
+      screenshot(log, u"ardetail-08-activity-entry-added"_s);
+      QTest::mouseClick(log.button(activity::QORVA_Activity::SaveButton), Qt::LeftButton);
+      added = true;
+    });
+    // The log comes with the reply to the request the button sends; its dialog opens then.
+    QTest::mouseClick(detail.button(QORVA_AccDetail::AccountActivityButton), Qt::LeftButton);
+    ASSERT_TRUE(waitFor([&] { return added; }));
+    QTest::mouseClick(detail.button(QORVA_AccDetail::SaveButton), Qt::LeftButton);
+    ASSERT_TRUE(waitFor([&] { return form.SaveState().isEmpty() && form.AccountChanged(); }))
+        << window().statusText()->text().toStdString();
+    EXPECT_EQ(window().statusText()->text(), u"Ready"_s);
+
+    // Read again from the host, the log holds the new entry.
+    int again = -1;
+    whenShown<ActivityView>([&again](ActivityView& log) {
+      ASSERT_TRUE(waitFor([&] { return rowsOf(log.rows()) > 0; }));
+      again = rowsOf(log.rows());
+      QTest::mouseClick(log.button(activity::QORVA_Activity::CloseButton), Qt::LeftButton);
+    });
+    QTest::mouseClick(detail.button(QORVA_AccDetail::AccountActivityButton), Qt::LeftButton);
+    ASSERT_TRUE(waitFor([&] { return again >= 0; }));
+    EXPECT_EQ(again, logged + 1);
     QTest::mouseClick(detail.button(QORVA_AccDetail::CloseButton), Qt::LeftButton);
   }));
 }
