@@ -194,11 +194,6 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
       return displayText(row, column);
     case Qt::EditRole:
       return m_grid->cellText(row, column);
-    case Qt::ToolTipRole: {
-      // Cut-off cells can be read in full.
-      const QString text = displayText(row, column);
-      return text.size() > 24 ? QVariant(text) : QVariant();
-    }
     case Qt::CheckStateRole:
       if (isCheckColumn(column)) {
         return m_grid->isChecked(row, column) ? Qt::Checked : Qt::Unchecked;

@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
@@ -17,6 +18,7 @@
 #include <QScrollBar>
 #include <QSettings>
 #include <QTimer>
+#include <QToolTip>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -158,6 +160,22 @@ bool GridDelegate::editorEvent(QEvent* event, QAbstractItemModel* model, const Q
     return model->setData(index, checked ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
   }
   return event->type() == QEvent::MouseButtonDblClick;
+}
+
+bool GridDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                             const QModelIndex& index) {
+  if (event == nullptr || event->type() != QEvent::ToolTip || m_model.isCheckColumn(index.column())) {
+    return QStyledItemDelegate::helpEvent(event, view, option, index);
+  }
+  QStyleOptionViewItem opt = option;
+  initStyleOption(&opt, index);
+  const bool cut = sizeHint(opt, index).width() > option.rect.width();
+  if (cut && !opt.text.isEmpty()) {
+    QToolTip::showText(event->globalPos(), opt.text, view);
+  } else {
+    QToolTip::hideText();
+  }
+  return true;
 }
 
 // ===== table ========================================================================================================

@@ -35,7 +35,7 @@ namespace adjustacc::desktop {
 
 class GridModel;
 
-// Draws check cells as a centred check box and edits drop-down columns with a list.
+// Draws check cells as a centred check box, edits drop-down columns with a list, and shows a cut cell whole.
 class GridDelegate : public QStyledItemDelegate {
   Q_OBJECT
 public:
@@ -47,6 +47,9 @@ public:
   void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override;
   bool editorEvent(QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option,
                    const QModelIndex& index) override;
+  // A cell cut short by its column's width shows its whole text as a tooltip.
+  bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                 const QModelIndex& index) override;
 
 private:
   GridModel& m_model;

@@ -16,6 +16,7 @@
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTest>
+#include <QToolTip>
 
 #include <gtest/gtest.h>
 
@@ -241,6 +242,7 @@ protected:
     auto view = std::make_unique<GridView>(grid);
     view->resize(width, 300);
     view->show();
+    QApplication::setActiveWindow(view.get());
     EXPECT_TRUE(QTest::qWaitForWindowExposed(view.get()));
     QCoreApplication::processEvents();
     return view;
@@ -263,6 +265,19 @@ TEST_F(GridColumnWidthsTest, ColumnsFitTheListWithoutAScrollBarAndKeepTheirHeadi
     total += table->columnWidth(c);
   }
   EXPECT_LE(total, table->viewport()->width());
+  // A cut cell can be read whole; one that fits has no tooltip.
+  const auto tipAt = [table](int row, int column) {
+    QToolTip::hideText();
+    EXPECT_TRUE(QTest::qWaitFor([] { return !QToolTip::isVisible(); }, 2000));
+    const QPoint at = table->visualRect(table->model()->index(row, column)).center();
+    QHelpEvent help(QEvent::ToolTip, at, table->viewport()->mapToGlobal(at));
+    QApplication::sendEvent(table->viewport(), &help);
+    return QToolTip::isVisible() ? QToolTip::text() : QString();
+  };
+  EXPECT_EQ(tipAt(2, 0), grid.cellText(2, 0));
+  grid.column(1).setWidth(900);
+  EXPECT_EQ(tipAt(2, 1), QString());
+  grid.column(1).setWidth(0);
 
   // A wider window gives the columns their texts back.
   view->resize(1800, 300);
