@@ -60,7 +60,6 @@ void DocumentTab::setDocument(std::unique_ptr<document::QORVA_AdjustAcc> documen
 DocumentWindow::DocumentWindow(QtUi& ui, platform::StatusBar& status, QWidget* parent)
     : QMainWindow(parent), m_ui(ui), m_statusBar(status) {
   setObjectName(QStringLiteral("documentWindow"));
-  setWindowTitle(kCaption);
 
   m_stack = new QStackedWidget(this);
   m_placeholder = new QLabel(m_stack);
@@ -79,6 +78,7 @@ DocumentWindow::DocumentWindow(QtUi& ui, platform::StatusBar& status, QWidget* p
     }
   });
   connect(m_tabs, &QTabWidget::currentChanged, this, &DocumentWindow::updateActions);
+  connect(m_tabs, &QTabWidget::currentChanged, this, &DocumentWindow::showOpenAccount);
 
   QMenu* file = menuBar()->addMenu(tr("&File"));
   m_openAction = file->addAction(tr("&Open Account..."), this, &DocumentWindow::openAccount);
@@ -106,12 +106,22 @@ DocumentWindow::DocumentWindow(QtUi& ui, platform::StatusBar& status, QWidget* p
   m_busy->setMaximumHeight(14);
   m_busy->setTextVisible(false);
   m_busy->hide();
+  m_account = new QLabel(this);
+  m_account->setObjectName(QStringLiteral("openAccount"));
+  m_account->setTextFormat(Qt::PlainText);
+  m_account->setContentsMargins(0, 0, 12, 0);
+  QFont strong = m_account->font();
+  strong.setBold(true);
+  m_account->setFont(strong);
+  m_account->hide();
   m_officer = new QLabel(this);
   m_officer->setObjectName(QStringLiteral("officer"));
   m_host = new QLabel(this);
   m_host->setObjectName(QStringLiteral("host"));
+  m_officer->setContentsMargins(0, 0, 12, 0);
   statusBar()->addWidget(m_statusText, 1);
   statusBar()->addPermanentWidget(m_busy);
+  statusBar()->addPermanentWidget(m_account);
   statusBar()->addPermanentWidget(m_officer);
   statusBar()->addPermanentWidget(m_host);
 
@@ -130,6 +140,7 @@ DocumentWindow::DocumentWindow(QtUi& ui, platform::StatusBar& status, QWidget* p
   restoreState(settings.value(kStateKey).toByteArray());
   setPlaceholder(tr("No account is open."));
   updateActions();
+  showOpenAccount();
 }
 
 DocumentWindow::~DocumentWindow() {
@@ -143,9 +154,36 @@ void DocumentWindow::setDocumentFactory(DocumentFactory factory) {
 }
 
 void DocumentWindow::setSignedOn(const QString& officer, const QString& host) {
+  m_officerText = officer;
   m_officer->setText(officer);
   m_host->setText(host);
-  setWindowTitle(officer.isEmpty() ? kCaption : kCaption + QStringLiteral(" \u2014 ") + officer);
+  showOpenAccount();
+}
+
+QString DocumentWindow::openAccountText(const document::QORVA_AdjustAcc& document) {
+  const QString number = document.accountNumber().trimmed();
+  if (number.isEmpty() || document.accountType().trimmed().isEmpty()) {
+    return {};
+  }
+  QString text = (document.accountDescription().trimmed() + u' ' + number).trimmed();
+  if (const QString customer = document.customerName(); !customer.isEmpty()) {
+    text += QStringLiteral(" \u2014 ") + customer;
+  }
+  return text;
+}
+
+void DocumentWindow::showOpenAccount() {
+  for (int index = 0; index < m_tabs->count(); ++index) {
+    const auto* tab = qobject_cast<DocumentTab*>(m_tabs->widget(index));
+    const QString text = tab != nullptr && tab->document() != nullptr ? openAccountText(*tab->document()) : QString();
+    m_tabs->setTabToolTip(index, text.isEmpty() ? tr("No account is open") : text);
+  }
+  const document::QORVA_AdjustAcc* document = currentDocument();
+  const QString account = document != nullptr ? openAccountText(*document) : QString();
+  m_account->setText(account);
+  m_account->setVisible(!account.isEmpty());
+  // The window system adds the application's name ("Adjust Account") itself.
+  setWindowTitle(account.isEmpty() ? m_officerText : account);
 }
 
 void DocumentWindow::setWorking(bool working) {
@@ -181,6 +219,7 @@ document::QORVA_AdjustAcc* DocumentWindow::newDocument() {
   }
   document::QORVA_AdjustAcc* document = made.get();
   tab->setDocument(std::move(made));
+  connect(document, &document::QORVA_AdjustAcc::accountChanged, this, &DocumentWindow::showOpenAccount);
   m_tabs->setCurrentIndex(m_tabs->addTab(tab, tab->caption()));
   updateActions();
   qCInfo(lcDesktop).noquote() << "document" << name << "opened";
@@ -227,6 +266,7 @@ void DocumentWindow::closeTab(DocumentTab* tab) {
   m_tabs->removeTab(m_tabs->indexOf(tab));
   delete tab;
   updateActions();
+  showOpenAccount();
 }
 
 void DocumentWindow::closeCurrentDocument() { closeTab(currentTab()); }

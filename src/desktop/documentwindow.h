@@ -7,6 +7,10 @@
 // The host's calls on a document, in order: created; UserDocument_Show when its tab is shown; FileOpen from
 // File > Open Account... (and once at start); on closing its tab or the window: SaveData when DataChanged says
 // an account is open, then BeforeUnload, then CloseDocument.
+//
+// The open account (type, number with check digit, customer) is named in the window title, the tab's tooltip
+// and the status bar; the tab's text stays the container's caption. The window title leaves out the
+// application's name, which the window system adds.
 
 #include "document/documenthost.h"
 
@@ -74,8 +78,11 @@ public:
   // How documents are made; until it is set (the officer is signed on), no document can be opened.
   void setDocumentFactory(DocumentFactory factory);
   bool canOpenDocuments() const { return static_cast<bool>(m_factory); }
-  // The signed-on officer and the host, shown in the status bar and the title.
+  // The signed-on officer and the host, shown in the status bar (the officer also in the title while no account
+  // is open).
   void setSignedOn(const QString& officer, const QString& host);
+  // "CITATION ENF001 1000011-4 — SMITH TRUCKING LLC": the document's open account; empty when none is open.
+  static QString openAccountText(const document::QORVA_AdjustAcc& document);
   // Shows the busy indicator for the window's own work (signing on).
   void setWorking(bool working);
   // Text shown where the documents go while there is none.
@@ -104,6 +111,7 @@ public:
   // --- status bar -----------------------------------------------------------------------------------------------
   QLabel* statusText() const { return m_statusText; }
   bool isBusy() const;
+  QLabel* openAccountLabel() const { return m_account; }
   QToolBar* toolBar() const { return m_toolBar; }
   QTabWidget* tabs() const { return m_tabs; }
 
@@ -114,6 +122,7 @@ private:
   void closeTab(DocumentTab* tab);
   void showBusy();
   void updateActions();
+  void showOpenAccount();
 
   QtUi& m_ui;
   platform::StatusBar& m_statusBar;
@@ -124,8 +133,10 @@ private:
   QToolBar* m_toolBar;
   QLabel* m_statusText;
   QProgressBar* m_busy;
+  QLabel* m_account;
   QLabel* m_officer;
   QLabel* m_host;
+  QString m_officerText;
   QAction* m_openAction;
   QAction* m_closeAction;
   QMap<QString, QAction*> m_entries;

@@ -157,6 +157,7 @@ void QORVA_AdjustAcc::FileOpen() {
     m_accountNumber = openAccount.mTxtDocNbr.text().trimmed();
     m_accountType = openAccount.mFtcboDocType.selectedCode();
     SendAdjustPI();
+    Q_EMIT accountChanged();
     openAccount.Form_Unload();
     mCmdButton[ArDetailButton].setEnabled(false);
     mCmdButton[ReceiptDetailButton].setEnabled(false);
@@ -251,6 +252,13 @@ QString QORVA_AdjustAcc::accountDescription() const {
   return m_services.codes.description(kAccountTypeTable, m_accountType);
 }
 
+QString QORVA_AdjustAcc::customerName() const {
+  if (!m_receivables || m_receivables->recordCount() == 0) {
+    return {};
+  }
+  return m_receivables->valueAt(0, QStringLiteral("CUST_NAME")).toString().trimmed();
+}
+
 void QORVA_AdjustAcc::SendAdjustPI() {
   trap(m_services, source("SendAdjustPI"), [&] {
     messaging::RequestMessage& message = screencore::freshRequest(
@@ -277,6 +285,7 @@ void QORVA_AdjustAcc::replyFailed(const QString& text) {
   m_services.statusBar.setText(m_timedOut ? title::SearchTimedOut : title::SearchWasNotSuccessful);
   m_accountNumber.clear();
   m_accountType.clear();
+  Q_EMIT accountChanged();
   raise(AppError::LeaveEarly);
 }
 
@@ -307,6 +316,7 @@ void QORVA_AdjustAcc::mNcsbMessage_DataReady(const QString& replyTo, const messa
       m_services.statusBar.setText(title::Ready);
     }
     m_requestOutstanding = false;
+    Q_EMIT accountChanged();
   });
 }
 

@@ -80,6 +80,10 @@ public:
   // --- state, for the host and for tests ------------------------------------------------------------------
   QString accountNumber() const { return m_accountNumber; }
   QString accountType() const { return m_accountType; }
+  // The open account's type as the clerk reads it (its REFDOCTYP description), and the customer its
+  // receivables name (empty until they arrive).
+  QString accountDescription() const;
+  QString customerName() const;
   QString requestId() const { return m_requestId; }
   bool requestOutstanding() const { return m_requestOutstanding; }
   bool timedOut() const { return m_timedOut; }
@@ -94,6 +98,11 @@ public:
   platform::Adodc mAdodc1{QStringLiteral("mAdodc1")};
   platform::Adodc mAdodc2{QStringLiteral("mAdodc2")};
 
+Q_SIGNALS:
+  // The open account, or what is known of it, changed: another account was chosen, its lists arrived, or its
+  // request failed and no account is open.
+  void accountChanged();
+
 private:
   void UserDocument_Initialize();
   void SendAdjustPI();
@@ -106,7 +115,6 @@ private:
   void screenNotAvailable(const QString& caption);
   [[noreturn]] void replyFailed(const QString& text);
   bool takeList(int index, const messaging::Reply& reply);
-  QString accountDescription() const;
   // The description of a code, remembered for the rows of the list's current record set: a list of many rows
   // carries few distinct codes.
   QString describe(int list, int slot, const QString& table, const QString& code);
