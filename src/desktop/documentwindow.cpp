@@ -14,6 +14,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QSettings>
 #include <QStackedWidget>
 #include <QStatusBar>
@@ -62,14 +63,29 @@ DocumentWindow::DocumentWindow(QtUi& ui, platform::StatusBar& status, QWidget* p
   setObjectName(QStringLiteral("documentWindow"));
 
   m_stack = new QStackedWidget(this);
-  m_placeholder = new QLabel(m_stack);
+  m_placeholderPage = new QWidget(m_stack);
+  auto* placeholderLayout = new QVBoxLayout(m_placeholderPage);
+  placeholderLayout->addStretch(1);
+  m_placeholder = new QLabel(m_placeholderPage);
+  m_placeholder->setObjectName(QStringLiteral("placeholder"));
   m_placeholder->setAlignment(Qt::AlignCenter);
   m_placeholder->setWordWrap(true);
-  m_placeholder->setEnabled(false);
+  m_placeholder->setTextFormat(Qt::PlainText);
+  placeholderLayout->addWidget(m_placeholder);
+  m_retry = new QPushButton(tr("&Try Again"), m_placeholderPage);
+  m_retry->setObjectName(QStringLiteral("retry"));
+  m_retry->hide();
+  connect(m_retry, &QPushButton::clicked, this, [this] {
+    if (const std::function<void()> retry = m_retryAction) {
+      retry();
+    }
+  });
+  placeholderLayout->addWidget(m_retry, 0, Qt::AlignHCenter);
+  placeholderLayout->addStretch(1);
   m_tabs = new QTabWidget(m_stack);
   m_tabs->setDocumentMode(true);
   m_tabs->setTabsClosable(true);
-  m_stack->addWidget(m_placeholder);
+  m_stack->addWidget(m_placeholderPage);
   m_stack->addWidget(m_tabs);
   setCentralWidget(m_stack);
   connect(m_tabs, &QTabWidget::tabCloseRequested, this, [this](int index) {
@@ -191,7 +207,13 @@ void DocumentWindow::setWorking(bool working) {
   showBusy();
 }
 
-void DocumentWindow::setPlaceholder(const QString& text) { m_placeholder->setText(text); }
+void DocumentWindow::setPlaceholder(const QString& text, std::function<void()> retry) {
+  m_placeholder->setText(text);
+  m_retryAction = std::move(retry);
+  m_retry->setVisible(static_cast<bool>(m_retryAction));
+}
+
+QString DocumentWindow::placeholderText() const { return m_placeholder->text(); }
 
 bool DocumentWindow::isBusy() const { return m_working || m_pointerBusy || !m_statusBar.isReady(); }
 
@@ -200,7 +222,7 @@ void DocumentWindow::showBusy() { m_busy->setVisible(isBusy()); }
 void DocumentWindow::updateActions() {
   m_openAction->setEnabled(canOpenDocuments());
   m_closeAction->setEnabled(currentTab() != nullptr);
-  m_stack->setCurrentWidget(m_tabs->count() > 0 ? static_cast<QWidget*>(m_tabs) : m_placeholder);
+  m_stack->setCurrentWidget(m_tabs->count() > 0 ? static_cast<QWidget*>(m_tabs) : m_placeholderPage);
 }
 
 // --- documents ----------------------------------------------------------------------------------------------------

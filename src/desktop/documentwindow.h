@@ -24,6 +24,7 @@
 class QAction;
 class QLabel;
 class QProgressBar;
+class QPushButton;
 class QStackedWidget;
 class QTabWidget;
 class QToolBar;
@@ -85,8 +86,10 @@ public:
   static QString openAccountText(const document::QORVA_AdjustAcc& document);
   // Shows the busy indicator for the window's own work (signing on).
   void setWorking(bool working);
-  // Text shown where the documents go while there is none.
-  void setPlaceholder(const QString& text);
+  // Text shown where the documents go while there is none; with a retry, a "Try Again" button under it runs it.
+  void setPlaceholder(const QString& text, std::function<void()> retry = {});
+  QPushButton* retryButton() const { return m_retry; }
+  QString placeholderText() const;
 
   // --- documents -------------------------------------------------------------------------------------------
   // Creates a document in a new tab and shows it (UserDocument_Show); null when documents cannot be made yet.
@@ -128,7 +131,10 @@ private:
   platform::StatusBar& m_statusBar;
   DocumentFactory m_factory;
   QStackedWidget* m_stack;
+  QWidget* m_placeholderPage;
   QLabel* m_placeholder;
+  QPushButton* m_retry;
+  std::function<void()> m_retryAction;
   QTabWidget* m_tabs;
   QToolBar* m_toolBar;
   QLabel* m_statusText;
