@@ -1,6 +1,7 @@
 #include "documentwindow.h"
 
 #include "adjustaccview.h"
+#include "elidedlabel.h"
 #include "logging.h"
 #include "qtui.h"
 
@@ -111,7 +112,7 @@ DocumentWindow::DocumentWindow(QtUi& ui, platform::StatusBar& status, QWidget* p
   m_toolBar->setMovable(false);
   m_toolBar->setToolButtonStyle(Qt::ToolButtonTextOnly);
 
-  m_statusText = new QLabel(this);
+  m_statusText = new ElidedLabel(Qt::ElideRight, this);
   m_statusText->setObjectName(QStringLiteral("statusText"));
   m_statusText->setTextFormat(Qt::PlainText);
   m_statusText->setMinimumWidth(200);
@@ -122,7 +123,7 @@ DocumentWindow::DocumentWindow(QtUi& ui, platform::StatusBar& status, QWidget* p
   m_busy->setMaximumHeight(14);
   m_busy->setTextVisible(false);
   m_busy->hide();
-  m_account = new QLabel(this);
+  m_account = new ElidedLabel(Qt::ElideRight, this);
   m_account->setObjectName(QStringLiteral("openAccount"));
   m_account->setTextFormat(Qt::PlainText);
   m_account->setContentsMargins(0, 0, 12, 0);
@@ -130,10 +131,12 @@ DocumentWindow::DocumentWindow(QtUi& ui, platform::StatusBar& status, QWidget* p
   strong.setBold(true);
   m_account->setFont(strong);
   m_account->hide();
-  m_officer = new QLabel(this);
+  m_officer = new ElidedLabel(Qt::ElideRight, this);
   m_officer->setObjectName(QStringLiteral("officer"));
-  m_host = new QLabel(this);
+  m_host = new ElidedLabel(Qt::ElideMiddle, this);
   m_host->setObjectName(QStringLiteral("host"));
+  // A data file's path can be very long: it gives way first (its middle), the officer and the account stay whole.
+  m_host->setMaximumWidth(m_host->fontMetrics().averageCharWidth() * 48);
   m_officer->setContentsMargins(0, 0, 12, 0);
   statusBar()->addWidget(m_statusText, 1);
   statusBar()->addPermanentWidget(m_busy);

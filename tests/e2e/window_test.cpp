@@ -110,6 +110,22 @@ TEST_F(DocumentWindowTest, TheOpenAccountIsNamedInTheTitleTheTabAndTheStatusBar)
   EXPECT_FALSE(window().windowTitle().contains(number));
 }
 
+TEST_F(DocumentWindowTest, LongStatusTextsGiveWayRatherThanWidenTheWindow) {
+  const QString path = u"/srv/adjustacc/regional-offices/north-east/clerks/shared-workstations/"_s.repeated(3) +
+                       u"adjustacc.sqlite"_s;
+  window().setSignedOn(u"Avery Lindqvist-Montgomery-Fairweather (ADMIN01, region NE)"_s, u"Local data: "_s + path);
+  app->statusBar().setText(u"Searching for CITATION ENF001 number 1000011-5 "_s.repeated(4));
+  window().resize(1280, 760);
+  QCoreApplication::processEvents();
+  EXPECT_LE(window().minimumSizeHint().width(), 1280);
+  EXPECT_EQ(window().width(), 1280);
+  auto* host = window().findChild<QLabel*>(u"host"_s);
+  ASSERT_NE(host, nullptr);
+  EXPECT_EQ(host->text(), u"Local data: "_s + path);  // whole, for its tooltip
+  EXPECT_LT(host->width(), host->sizeHint().width());
+  screenshot(window(), u"10-long-status"_s);
+}
+
 TEST_F(DocumentWindowTest, ClosingOpenAccountIsItsCancelAndAsksTheHostNothing) {
   whenShown<FormInqView>([](FormInqView& view) { QTest::keyClick(&view, Qt::Key_Escape); });
   window().entryAction(QORVA_AdjustAcc::kOpenAccountEntry)->trigger();
