@@ -184,7 +184,7 @@ QString DocumentWindow::openAccountText(const document::QORVA_AdjustAcc& documen
   if (number.isEmpty() || document.accountType().trimmed().isEmpty()) {
     return {};
   }
-  QString text = (document.accountDescription().trimmed() + u' ' + number).trimmed();
+  QString text = (document.accountTypeDescription().trimmed() + u' ' + number).trimmed();
   if (const QString customer = document.customerName(); !customer.isEmpty()) {
     text += QStringLiteral(" \u2014 ") + customer;
   }

@@ -82,7 +82,7 @@ public:
   QString accountType() const { return m_accountType; }
   // The open account's type as the clerk reads it (its REFDOCTYP description), and the customer its
   // receivables name (empty until they arrive).
-  QString accountDescription() const;
+  QString accountTypeDescription() const { return accountDescription(); }
   QString customerName() const;
   QString requestId() const { return m_requestId; }
   bool requestOutstanding() const { return m_requestOutstanding; }
@@ -115,6 +115,7 @@ private:
   void screenNotAvailable(const QString& caption);
   [[noreturn]] void replyFailed(const QString& text);
   bool takeList(int index, const messaging::Reply& reply);
+  QString accountDescription() const;
   // The description of a code, remembered for the rows of the list's current record set: a list of many rows
   // carries few distinct codes.
   QString describe(int list, int slot, const QString& table, const QString& code);
