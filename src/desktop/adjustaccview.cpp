@@ -43,6 +43,8 @@ AdjustAccView::AdjustAccView(QORVA_AdjustAcc& document, QWidget* parent) : QWidg
     row->addLayout(buttons);
     splitter->addWidget(pane);
     bindButton(document.mCmdButton[index], *m_buttons[index]);
+    // Enter or a double click on a row opens its detail, as the list's button does.
+    m_lists[index]->openRowsWith(document.mCmdButton[index]);
   }
   splitter->setStretchFactor(0, 3);
   splitter->setStretchFactor(1, 2);

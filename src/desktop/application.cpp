@@ -93,23 +93,43 @@ QString Application::hostDescription() const {
 
 void Application::start() {
   m_window->show();
+  qCInfo(lcDesktop).noquote() << "starting;" << hostDescription();
+  startSignOn();
+}
+
+void Application::startSignOn() {
   m_window->setWorking(true);
   m_window->setPlaceholder(tr("Signing on as %1...").arg(m_options.officerId));
   m_statusBar.setText(platform::modMessageTitle::LoadingInformation);
-  qCInfo(lcDesktop).noquote() << "starting;" << hostDescription();
   m_signOn->start();
+}
+
+QString Application::signOnAdvice() const {
+  // What the clerk can check or tell the administrator: the officer id and where the host is.
+  const QString where = embeddedLink() != nullptr
+                            ? tr("the local data in %1").arg(embeddedLink()->databasePath())
+                            : tr("the host system at %1").arg(m_options.hostUrl.toDisplayString());
+  return tr("Check that %1 is your officer id and that %2 can be reached, or call the administrator; then try "
+            "again.")
+      .arg(m_options.officerId, where);
 }
 
 void Application::signedOn(bool ok) {
   m_window->setWorking(false);
   if (!ok) {
     const QString error = m_signOn->error();
+    const QString text = error + QStringLiteral("\n\n") + signOnAdvice();
     m_statusBar.setText(tr("Sign-on failed"));
-    m_window->setPlaceholder(error + QStringLiteral("\n\n") +
-                             tr("Check the officer id (--user) and the host, then start the application again."));
-    m_ui.messageBox(error, platform::MsgButtons::Ok, platform::MsgIcon::Critical,
-                    QGuiApplication::applicationDisplayName());
+    // Trying again is always at hand: in the box, and in the window once the box is closed.
+    m_window->setPlaceholder(text, [this] { startSignOn(); });
     Q_EMIT signOnFailed(error);
+    const platform::MsgAnswer answer = m_ui.messageBox(text, platform::MsgButtons::RetryCancel,
+                                                       platform::MsgIcon::Critical,
+                                                       QGuiApplication::applicationDisplayName());
+    if (answer == platform::MsgAnswer::Retry) {
+      // From the event loop: the sign-on that just failed is still reporting.
+      QTimer::singleShot(0, this, &Application::startSignOn);
+    }
     return;
   }
   m_user = m_signOn->user();

@@ -3,7 +3,8 @@
 // the Qt Ui with every form's view registered, and the document window.
 //
 // start() shows the window at once with "Loading information" and signs on in the background (officer,
-// rights, code tables: SignOn). When that is done the first document is created in its tab, shown, and -
+// rights, code tables: SignOn). A failed sign-on says why, names the officer id and the host, and offers to try
+// again (in its message box, and with a button in the window). When that is done the first document is created in its tab, shown, and -
 // from the event loop, once the window has been drawn - asked to open an account (FileOpen).
 
 #include "codetablestore.h"
@@ -67,7 +68,11 @@ Q_SIGNALS:
   void signOnFailed(const QString& error);
 
 private:
+  // Shows the window busy and signs on (again).
+  void startSignOn();
   void signedOn(bool ok);
+  // What the clerk can do about a failed sign-on.
+  QString signOnAdvice() const;
 
   StartOptions m_options;
   platform::Clock m_clock;

@@ -1,6 +1,7 @@
 #include "documentwindow.h"
 
 #include "adjustaccview.h"
+#include "elidedlabel.h"
 #include "logging.h"
 #include "qtui.h"
 
@@ -14,6 +15,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QSettings>
 #include <QStackedWidget>
 #include <QStatusBar>
@@ -60,17 +62,31 @@ void DocumentTab::setDocument(std::unique_ptr<document::QORVA_AdjustAcc> documen
 DocumentWindow::DocumentWindow(QtUi& ui, platform::StatusBar& status, QWidget* parent)
     : QMainWindow(parent), m_ui(ui), m_statusBar(status) {
   setObjectName(QStringLiteral("documentWindow"));
-  setWindowTitle(kCaption);
 
   m_stack = new QStackedWidget(this);
-  m_placeholder = new QLabel(m_stack);
+  m_placeholderPage = new QWidget(m_stack);
+  auto* placeholderLayout = new QVBoxLayout(m_placeholderPage);
+  placeholderLayout->addStretch(1);
+  m_placeholder = new QLabel(m_placeholderPage);
+  m_placeholder->setObjectName(QStringLiteral("placeholder"));
   m_placeholder->setAlignment(Qt::AlignCenter);
   m_placeholder->setWordWrap(true);
-  m_placeholder->setEnabled(false);
+  m_placeholder->setTextFormat(Qt::PlainText);
+  placeholderLayout->addWidget(m_placeholder);
+  m_retry = new QPushButton(tr("&Try Again"), m_placeholderPage);
+  m_retry->setObjectName(QStringLiteral("retry"));
+  m_retry->hide();
+  connect(m_retry, &QPushButton::clicked, this, [this] {
+    if (const std::function<void()> retry = m_retryAction) {
+      retry();
+    }
+  });
+  placeholderLayout->addWidget(m_retry, 0, Qt::AlignHCenter);
+  placeholderLayout->addStretch(1);
   m_tabs = new QTabWidget(m_stack);
   m_tabs->setDocumentMode(true);
   m_tabs->setTabsClosable(true);
-  m_stack->addWidget(m_placeholder);
+  m_stack->addWidget(m_placeholderPage);
   m_stack->addWidget(m_tabs);
   setCentralWidget(m_stack);
   connect(m_tabs, &QTabWidget::tabCloseRequested, this, [this](int index) {
@@ -79,6 +95,7 @@ DocumentWindow::DocumentWindow(QtUi& ui, platform::StatusBar& status, QWidget* p
     }
   });
   connect(m_tabs, &QTabWidget::currentChanged, this, &DocumentWindow::updateActions);
+  connect(m_tabs, &QTabWidget::currentChanged, this, &DocumentWindow::showOpenAccount);
 
   QMenu* file = menuBar()->addMenu(tr("&File"));
   m_openAction = file->addAction(tr("&Open Account..."), this, &DocumentWindow::openAccount);
@@ -95,7 +112,7 @@ DocumentWindow::DocumentWindow(QtUi& ui, platform::StatusBar& status, QWidget* p
   m_toolBar->setMovable(false);
   m_toolBar->setToolButtonStyle(Qt::ToolButtonTextOnly);
 
-  m_statusText = new QLabel(this);
+  m_statusText = new ElidedLabel(Qt::ElideRight, this);
   m_statusText->setObjectName(QStringLiteral("statusText"));
   m_statusText->setTextFormat(Qt::PlainText);
   m_statusText->setMinimumWidth(200);
@@ -106,12 +123,24 @@ DocumentWindow::DocumentWindow(QtUi& ui, platform::StatusBar& status, QWidget* p
   m_busy->setMaximumHeight(14);
   m_busy->setTextVisible(false);
   m_busy->hide();
-  m_officer = new QLabel(this);
+  m_account = new ElidedLabel(Qt::ElideRight, this);
+  m_account->setObjectName(QStringLiteral("openAccount"));
+  m_account->setTextFormat(Qt::PlainText);
+  m_account->setContentsMargins(0, 0, 12, 0);
+  QFont strong = m_account->font();
+  strong.setBold(true);
+  m_account->setFont(strong);
+  m_account->hide();
+  m_officer = new ElidedLabel(Qt::ElideRight, this);
   m_officer->setObjectName(QStringLiteral("officer"));
-  m_host = new QLabel(this);
+  m_host = new ElidedLabel(Qt::ElideMiddle, this);
   m_host->setObjectName(QStringLiteral("host"));
+  // A data file's path can be very long: it gives way first (its middle), the officer and the account stay whole.
+  m_host->setMaximumWidth(m_host->fontMetrics().averageCharWidth() * 48);
+  m_officer->setContentsMargins(0, 0, 12, 0);
   statusBar()->addWidget(m_statusText, 1);
   statusBar()->addPermanentWidget(m_busy);
+  statusBar()->addPermanentWidget(m_account);
   statusBar()->addPermanentWidget(m_officer);
   statusBar()->addPermanentWidget(m_host);
 
@@ -130,6 +159,7 @@ DocumentWindow::DocumentWindow(QtUi& ui, platform::StatusBar& status, QWidget* p
   restoreState(settings.value(kStateKey).toByteArray());
   setPlaceholder(tr("No account is open."));
   updateActions();
+  showOpenAccount();
 }
 
 DocumentWindow::~DocumentWindow() {
@@ -143,9 +173,36 @@ void DocumentWindow::setDocumentFactory(DocumentFactory factory) {
 }
 
 void DocumentWindow::setSignedOn(const QString& officer, const QString& host) {
+  m_officerText = officer;
   m_officer->setText(officer);
   m_host->setText(host);
-  setWindowTitle(officer.isEmpty() ? kCaption : kCaption + QStringLiteral(" \u2014 ") + officer);
+  showOpenAccount();
+}
+
+QString DocumentWindow::openAccountText(const document::QORVA_AdjustAcc& document) {
+  const QString number = document.accountNumber().trimmed();
+  if (number.isEmpty() || document.accountType().trimmed().isEmpty()) {
+    return {};
+  }
+  QString text = (document.accountTypeDescription().trimmed() + u' ' + number).trimmed();
+  if (const QString customer = document.customerName(); !customer.isEmpty()) {
+    text += QStringLiteral(" \u2014 ") + customer;
+  }
+  return text;
+}
+
+void DocumentWindow::showOpenAccount() {
+  for (int index = 0; index < m_tabs->count(); ++index) {
+    const auto* tab = qobject_cast<DocumentTab*>(m_tabs->widget(index));
+    const QString text = tab != nullptr && tab->document() != nullptr ? openAccountText(*tab->document()) : QString();
+    m_tabs->setTabToolTip(index, text.isEmpty() ? tr("No account is open") : text);
+  }
+  const document::QORVA_AdjustAcc* document = currentDocument();
+  const QString account = document != nullptr ? openAccountText(*document) : QString();
+  m_account->setText(account);
+  m_account->setVisible(!account.isEmpty());
+  // The window system adds the application's name ("Adjust Account") itself.
+  setWindowTitle(account.isEmpty() ? m_officerText : account);
 }
 
 void DocumentWindow::setWorking(bool working) {
@@ -153,7 +210,13 @@ void DocumentWindow::setWorking(bool working) {
   showBusy();
 }
 
-void DocumentWindow::setPlaceholder(const QString& text) { m_placeholder->setText(text); }
+void DocumentWindow::setPlaceholder(const QString& text, std::function<void()> retry) {
+  m_placeholder->setText(text);
+  m_retryAction = std::move(retry);
+  m_retry->setVisible(static_cast<bool>(m_retryAction));
+}
+
+QString DocumentWindow::placeholderText() const { return m_placeholder->text(); }
 
 bool DocumentWindow::isBusy() const { return m_working || m_pointerBusy || !m_statusBar.isReady(); }
 
@@ -162,7 +225,7 @@ void DocumentWindow::showBusy() { m_busy->setVisible(isBusy()); }
 void DocumentWindow::updateActions() {
   m_openAction->setEnabled(canOpenDocuments());
   m_closeAction->setEnabled(currentTab() != nullptr);
-  m_stack->setCurrentWidget(m_tabs->count() > 0 ? static_cast<QWidget*>(m_tabs) : m_placeholder);
+  m_stack->setCurrentWidget(m_tabs->count() > 0 ? static_cast<QWidget*>(m_tabs) : m_placeholderPage);
 }
 
 // --- documents ----------------------------------------------------------------------------------------------------
@@ -181,6 +244,7 @@ document::QORVA_AdjustAcc* DocumentWindow::newDocument() {
   }
   document::QORVA_AdjustAcc* document = made.get();
   tab->setDocument(std::move(made));
+  connect(document, &document::QORVA_AdjustAcc::accountChanged, this, &DocumentWindow::showOpenAccount);
   m_tabs->setCurrentIndex(m_tabs->addTab(tab, tab->caption()));
   updateActions();
   qCInfo(lcDesktop).noquote() << "document" << name << "opened";
@@ -227,6 +291,7 @@ void DocumentWindow::closeTab(DocumentTab* tab) {
   m_tabs->removeTab(m_tabs->indexOf(tab));
   delete tab;
   updateActions();
+  showOpenAccount();
 }
 
 void DocumentWindow::closeCurrentDocument() { closeTab(currentTab()); }

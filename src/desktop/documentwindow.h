@@ -7,6 +7,10 @@
 // The host's calls on a document, in order: created; UserDocument_Show when its tab is shown; FileOpen from
 // File > Open Account... (and once at start); on closing its tab or the window: SaveData when DataChanged says
 // an account is open, then BeforeUnload, then CloseDocument.
+//
+// The open account (type, number with check digit, customer) is named in the window title, the tab's tooltip
+// and the status bar; the tab's text stays the container's caption. The window title leaves out the
+// application's name, which the window system adds.
 
 #include "document/documenthost.h"
 
@@ -20,6 +24,7 @@
 class QAction;
 class QLabel;
 class QProgressBar;
+class QPushButton;
 class QStackedWidget;
 class QTabWidget;
 class QToolBar;
@@ -74,12 +79,17 @@ public:
   // How documents are made; until it is set (the officer is signed on), no document can be opened.
   void setDocumentFactory(DocumentFactory factory);
   bool canOpenDocuments() const { return static_cast<bool>(m_factory); }
-  // The signed-on officer and the host, shown in the status bar and the title.
+  // The signed-on officer and the host, shown in the status bar (the officer also in the title while no account
+  // is open).
   void setSignedOn(const QString& officer, const QString& host);
+  // "CITATION ENF001 1000011-4 — SMITH TRUCKING LLC": the document's open account; empty when none is open.
+  static QString openAccountText(const document::QORVA_AdjustAcc& document);
   // Shows the busy indicator for the window's own work (signing on).
   void setWorking(bool working);
-  // Text shown where the documents go while there is none.
-  void setPlaceholder(const QString& text);
+  // Text shown where the documents go while there is none; with a retry, a "Try Again" button under it runs it.
+  void setPlaceholder(const QString& text, std::function<void()> retry = {});
+  QPushButton* retryButton() const { return m_retry; }
+  QString placeholderText() const;
 
   // --- documents -------------------------------------------------------------------------------------------
   // Creates a document in a new tab and shows it (UserDocument_Show); null when documents cannot be made yet.
@@ -104,6 +114,7 @@ public:
   // --- status bar -----------------------------------------------------------------------------------------------
   QLabel* statusText() const { return m_statusText; }
   bool isBusy() const;
+  QLabel* openAccountLabel() const { return m_account; }
   QToolBar* toolBar() const { return m_toolBar; }
   QTabWidget* tabs() const { return m_tabs; }
 
@@ -114,18 +125,24 @@ private:
   void closeTab(DocumentTab* tab);
   void showBusy();
   void updateActions();
+  void showOpenAccount();
 
   QtUi& m_ui;
   platform::StatusBar& m_statusBar;
   DocumentFactory m_factory;
   QStackedWidget* m_stack;
+  QWidget* m_placeholderPage;
   QLabel* m_placeholder;
+  QPushButton* m_retry;
+  std::function<void()> m_retryAction;
   QTabWidget* m_tabs;
   QToolBar* m_toolBar;
   QLabel* m_statusText;
   QProgressBar* m_busy;
+  QLabel* m_account;
   QLabel* m_officer;
   QLabel* m_host;
+  QString m_officerText;
   QAction* m_openAction;
   QAction* m_closeAction;
   QMap<QString, QAction*> m_entries;

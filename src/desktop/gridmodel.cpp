@@ -1,24 +1,55 @@
 #include "gridmodel.h"
 
+#include "messaging/sections.h"
+#include "platform/currency.h"
 #include "platform/datacontrol.h"
+#include "platform/datetimes.h"
 #include "platform/grid.h"
 
 #include <QBrush>
+#include <QLocale>
+
+#include <optional>
 
 namespace adjustacc::desktop {
 
 using platform::Grid;
 using platform::GridColumn;
 
+namespace {
+
+// The data dictionary names every amount with this class word ("LTE_FEE_AMT", "ORIG_ASSMT_AMT").
+bool namesAnAmount(const QString& name) { return name.endsWith(QLatin1String("_AMT"), Qt::CaseInsensitive); }
+
+// The type of a column's field: from the bound record set, else from the data dictionary.
+std::optional<messaging::FieldType> fieldTypeOf(const Grid& grid, const GridColumn& column) {
+  if (const messaging::RecordSetPtr set = grid.recordset()) {
+    const int field = set->fieldIndex(column.dataField());
+    if (!column.dataField().isEmpty() && field >= 0) {
+      return set->fields().at(field).type;
+    }
+  }
+  for (const QString& name : {column.dataField(), column.name()}) {
+    if (const messaging::FieldInfo* info = messaging::sections::fieldInfo(name); info != nullptr && !name.isEmpty()) {
+      return info->type;
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
 GridModel::GridModel(Grid& grid, QObject* parent) : QAbstractTableModel(parent), m_grid(&grid) {
   m_columns = grid.columnCount();
   connect(&grid, &Grid::aboutToReset, this, [this] {
+    forgetKinds();
     if (!m_resetting) {
       m_resetting = true;
       beginResetModel();
     }
   });
   connect(&grid, &Grid::wasReset, this, [this] {
+    forgetKinds();
     if (m_resetting) {
       m_columns = m_grid ? m_grid->columnCount() : 0;
       m_resetting = false;
@@ -39,6 +70,7 @@ GridModel::GridModel(Grid& grid, QObject* parent) : QAbstractTableModel(parent),
     }
   });
   connect(&grid, &Grid::headerChanged, this, [this] {
+    forgetKinds();
     if (m_grid && m_grid->columnCount() != m_columns) {
       // Columns came or went without a reset: the layout is new.
       beginResetModel();
@@ -56,6 +88,7 @@ GridModel::GridModel(Grid& grid, QObject* parent) : QAbstractTableModel(parent),
     }
   });
   connect(&grid, &QObject::destroyed, this, [this] {
+    forgetKinds();
     beginResetModel();
     m_columns = 0;
     endResetModel();
@@ -85,6 +118,71 @@ bool GridModel::isCheckColumn(int column) const {
          m_grid->column(column).display() == GridColumn::Display::Check;
 }
 
+GridModel::CellKind GridModel::cellKind(int column) const {
+  if (!m_grid || column < 0 || column >= m_columns) {
+    return CellKind::Text;
+  }
+  if (m_kinds.size() != m_columns) {
+    m_kinds.clear();
+    m_kinds.reserve(m_columns);
+    for (int c = 0; c < m_columns; ++c) {
+      const GridColumn& each = m_grid->column(c);
+      CellKind kind = CellKind::Text;
+      switch (each.display()) {
+        case GridColumn::Display::Check:
+          kind = CellKind::Check;
+          break;
+        case GridColumn::Display::Currency:
+          kind = CellKind::Money;
+          break;
+        case GridColumn::Display::Text:
+          if (namesAnAmount(each.name()) || namesAnAmount(each.dataField())) {
+            kind = CellKind::Money;
+          } else if (const auto type = fieldTypeOf(*m_grid, each)) {
+            kind = *type == messaging::FieldType::Date       ? CellKind::Date
+                   : *type == messaging::FieldType::DateTime ? CellKind::DateTime
+                                                             : CellKind::Text;
+          }
+          break;
+      }
+      m_kinds.append(kind);
+    }
+  }
+  return m_kinds.at(column);
+}
+
+QString GridModel::displayText(int row, int column) const {
+  if (!m_grid) {
+    return {};
+  }
+  // The grid formats what its screen declared (money, check cells); the rest is raw text here.
+  const QString shown = m_grid->displayText(row, column);
+  const QString text = shown.trimmed();
+  if (text.isEmpty()) {
+    return shown;
+  }
+  switch (cellKind(column)) {
+    case CellKind::Money:
+      if (m_grid->column(column).display() == GridColumn::Display::Text) {
+        const auto amount = platform::Currency::parse(text);
+        return amount ? amount->toDisplayText() : shown;
+      }
+      return shown;
+    case CellKind::Date: {
+      const auto date = platform::parseAnyDate(text);
+      return date ? QLocale().toString(date.value(), QLocale::ShortFormat) : shown;
+    }
+    case CellKind::DateTime: {
+      const auto moment = platform::parseTimestamp(text);
+      return moment ? QLocale().toString(moment.value(), QLocale::ShortFormat) : shown;
+    }
+    case CellKind::Text:
+    case CellKind::Check:
+      break;
+  }
+  return shown;
+}
+
 QVariant GridModel::data(const QModelIndex& index, int role) const {
   if (!m_grid || !checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) {
     return {};
@@ -93,21 +191,16 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
   const int column = index.column();
   switch (role) {
     case Qt::DisplayRole:
-      return m_grid->displayText(row, column);
+      return displayText(row, column);
     case Qt::EditRole:
       return m_grid->cellText(row, column);
-    case Qt::ToolTipRole: {
-      // Cut-off cells can be read in full.
-      const QString text = m_grid->displayText(row, column);
-      return text.size() > 24 ? QVariant(text) : QVariant();
-    }
     case Qt::CheckStateRole:
       if (isCheckColumn(column)) {
         return m_grid->isChecked(row, column) ? Qt::Checked : Qt::Unchecked;
       }
       return {};
     case Qt::TextAlignmentRole:
-      return QVariant::fromValue(m_grid->column(column).alignment() | Qt::AlignVCenter);
+      return QVariant::fromValue(alignment(column));
     case Qt::FontRole:
       return m_grid->cellFont(column);
     case Qt::ForegroundRole: {
@@ -140,10 +233,17 @@ QVariant GridModel::headerData(int section, Qt::Orientation orientation, int rol
     case Qt::FontRole:
       return m_grid->headFont(section);
     case Qt::TextAlignmentRole:
-      return QVariant::fromValue(column.alignment() | Qt::AlignVCenter);
+      return QVariant::fromValue(alignment(section));
     default:
       return {};
   }
+}
+
+Qt::Alignment GridModel::alignment(int column) const {
+  // Amounts line up on their decimal point, whatever the screen left the column's alignment at.
+  const Qt::Alignment horizontal =
+      cellKind(column) == CellKind::Money ? Qt::AlignRight : m_grid->column(column).alignment();
+  return (horizontal & Qt::AlignHorizontal_Mask) | Qt::AlignVCenter;
 }
 
 Qt::ItemFlags GridModel::flags(const QModelIndex& index) const {

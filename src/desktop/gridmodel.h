@@ -6,6 +6,13 @@
 // The row count is the grid's viewRowCount(), which changes only with the grid's own announcements
 // (reset, rows inserted or removed); the model forwards those as its begin/end pairs, so a view never sees
 // a count it was not told about. Edits by the person go back through Grid::userEditCell/userToggleCheck.
+//
+// The model applies the application's rules for showing values, in every list whatever its screen declared:
+// money in the money format ("$1,234.50") and right-aligned, dates in the clerk's short date (QLocale), the
+// wire forms only on the wire. A column holds money when the screen says so (Display::Currency) or when its
+// name or field carries the data dictionary's class word for amounts ("_AMT"); it holds dates when its field
+// is a date in the record set (or, unbound, in the data dictionary). A value that does not read as money or
+// as a date is shown as it is.
 
 #include <QAbstractTableModel>
 #include <QPointer>
@@ -34,10 +41,20 @@ public:
   // Whether the column shows check boxes.
   bool isCheckColumn(int column) const;
 
+  // How a column's cells are shown.
+  enum class CellKind { Text, Money, Date, DateTime, Check };
+  CellKind cellKind(int column) const;
+  // The text a cell shows (DisplayRole).
+  QString displayText(int row, int column) const;
+
 private:
+  void forgetKinds() { m_kinds.clear(); }
+  Qt::Alignment alignment(int column) const;
+
   QPointer<platform::Grid> m_grid;
   int m_columns = 0;  // as last announced
   bool m_resetting = false;
+  mutable QList<CellKind> m_kinds;  // per column, worked out when first drawn after a change of layout
 };
 
 }  // namespace adjustacc::desktop

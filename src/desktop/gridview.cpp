@@ -3,19 +3,26 @@
 #include "binders.h"
 #include "gridmodel.h"
 
+#include "platform/button.h"
 #include "platform/datacontrol.h"
 #include "platform/grid.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QSettings>
+#include <QTimer>
+#include <QToolTip>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace adjustacc::desktop {
@@ -28,6 +35,38 @@ namespace {
 constexpr int kMaxAutoWidth = 320;
 // Rows sampled to size the columns: the first screenful is what the person judges the list by.
 constexpr int kSampledRows = 60;
+// Narrowest a check column is made: a box and some room around it.
+constexpr int kCheckWidth = 40;
+const QString kSettingsRoot = QStringLiteral("gridColumns/");
+const QString kViewPrefix = QStringLiteral("view:");
+
+// Widths for columns that want `wanted` but get at least `least`, within `room`: all they want when it fits;
+// otherwise every column is cut to one common ceiling, found so that the sum just fits, never below its least.
+QList<int> fitWithin(const QList<int>& wanted, const QList<int>& least, int room) {
+  const auto total = [](const QList<int>& widths) { return std::accumulate(widths.cbegin(), widths.cend(), 0); };
+  if (total(wanted) <= room) {
+    return wanted;
+  }
+  const auto capped = [&](int ceiling) {
+    QList<int> widths;
+    widths.reserve(wanted.size());
+    for (qsizetype i = 0; i < wanted.size(); ++i) {
+      widths.append(qMax(least[i], qMin(wanted[i], ceiling)));
+    }
+    return widths;
+  };
+  int low = 0;
+  int high = *std::max_element(wanted.cbegin(), wanted.cend());
+  while (low < high) {
+    const int middle = (low + high + 1) / 2;
+    if (total(capped(middle)) <= room) {
+      low = middle;
+    } else {
+      high = middle - 1;
+    }
+  }
+  return capped(low);
+}
 
 QRect checkRect(const QStyleOptionViewItem& option) {
   const QWidget* widget = option.widget;
@@ -123,6 +162,22 @@ bool GridDelegate::editorEvent(QEvent* event, QAbstractItemModel* model, const Q
   return event->type() == QEvent::MouseButtonDblClick;
 }
 
+bool GridDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                             const QModelIndex& index) {
+  if (event == nullptr || event->type() != QEvent::ToolTip || m_model.isCheckColumn(index.column())) {
+    return QStyledItemDelegate::helpEvent(event, view, option, index);
+  }
+  QStyleOptionViewItem opt = option;
+  initStyleOption(&opt, index);
+  const bool cut = sizeHint(opt, index).width() > option.rect.width();
+  if (cut && !opt.text.isEmpty()) {
+    QToolTip::showText(event->globalPos(), opt.text, view);
+  } else {
+    QToolTip::hideText();
+  }
+  return true;
+}
+
 // ===== table ========================================================================================================
 
 GridTable::GridTable(Grid& grid, QWidget* parent) : QTableView(parent), m_grid(&grid) {
@@ -163,7 +218,16 @@ GridTable::GridTable(Grid& grid, QWidget* parent) : QTableView(parent), m_grid(&
     if (m_grid) {
       showFirstVisibleRow(m_grid->firstVisibleRow());
     }
+    sizeColumns();
   });
+  connect(m_model, &QAbstractItemModel::rowsInserted, this, [this](const QModelIndex&, int first, int) {
+    if (first < kSampledRows) {
+      queueSizing(true);
+    }
+  });
+  horizontalHeader()->viewport()->installEventFilter(this);
+  connect(horizontalHeader(), &QHeaderView::sectionResized, this,
+          [this](int column, int, int newWidth) { sectionResized(column, newWidth); });
   showColumns();
   showSelection();
 }
@@ -190,12 +254,42 @@ void GridTable::mousePressEvent(QMouseEvent* event) {
   m_grid->userClickRow(index.isValid() ? index.row() : -1, kind);
 }
 
+void GridTable::mouseDoubleClickEvent(QMouseEvent* event) {
+  QTableView::mouseDoubleClickEvent(event);
+  const QModelIndex index = indexAt(event->position().toPoint());
+  if (!m_grid || event->button() != Qt::LeftButton || !index.isValid() ||
+      state() == QAbstractItemView::EditingState) {
+    return;
+  }
+  // A cell the person can change keeps its double click for editing.
+  if (index.flags() & (Qt::ItemIsEditable | Qt::ItemIsUserCheckable)) {
+    return;
+  }
+  activateRow(index.row());
+}
+
+void GridTable::activateRow(int row) {
+  if (!m_grid || !m_grid->isEffectivelyEnabled()) {
+    return;
+  }
+  if (m_grid->selectedRows() != QList<int>{row}) {
+    m_grid->userClickRow(row);
+  }
+  Q_EMIT rowActivated(row);
+}
+
 void GridTable::keyPressEvent(QKeyEvent* event) {
   if (!m_grid || state() == QAbstractItemView::EditingState) {
     QTableView::keyPressEvent(event);
     return;
   }
   const QModelIndex current = currentIndex();
+  if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && current.isValid()) {
+    // Enter opens the row; it does not also reach the dialog's default button.
+    activateRow(current.row());
+    event->accept();
+    return;
+  }
   if (event->key() == Qt::Key_Space && current.isValid()) {
     if (m_model->isCheckColumn(current.column()) && (current.flags() & Qt::ItemIsUserCheckable)) {
       const bool checked = current.data(Qt::CheckStateRole).toInt() == Qt::Checked;
@@ -338,6 +432,180 @@ void GridTable::showColumns() {
       setSelectionMode(QAbstractItemView::ExtendedSelection);
       break;
   }
+  // Captions, fonts and visibility change what the columns want.
+  queueSizing(true);
+}
+
+// --- column widths ------------------------------------------------------------------------------------------------
+
+QString GridTable::settingsGroup() const {
+  QString screen;
+  const QString own = kViewPrefix + objectName();
+  for (const QWidget* widget = parentWidget(); widget != nullptr; widget = widget->parentWidget()) {
+    const QString name = widget->objectName();
+    if (name.startsWith(kViewPrefix) && name != own) {
+      screen = name.mid(kViewPrefix.size());
+      break;
+    }
+  }
+  return kSettingsRoot + (screen.isEmpty() ? QString() : screen + u'/') + objectName();
+}
+
+int GridTable::lastVisibleColumn() const {
+  const QHeaderView* header = horizontalHeader();
+  for (int visual = header->count() - 1; visual >= 0; --visual) {
+    const int logical = header->logicalIndex(visual);
+    if (!header->isSectionHidden(logical)) {
+      return logical;
+    }
+  }
+  return -1;
+}
+
+void GridTable::sizeColumns() {
+  measureColumns();
+  fitColumns();
+}
+
+void GridTable::queueSizing(bool measure) {
+  m_measureQueued = m_measureQueued || measure;
+  if (std::exchange(m_sizingQueued, true)) {
+    return;
+  }
+  QTimer::singleShot(0, this, [this] {
+    m_sizingQueued = false;
+    if (std::exchange(m_measureQueued, false)) {
+      measureColumns();
+    }
+    fitColumns();
+  });
+}
+
+void GridTable::measureColumns() {
+  if (!m_grid) {
+    return;
+  }
+  const int columns = m_model->columnCount();
+  const int rows = qMin(m_model->rowCount(), kSampledRows);
+  // A new layout is measured afresh; later the wanted widths only grow with what arrives, so that the list does
+  // not jump narrower when another account's rows replace these.
+  const bool fresh = std::exchange(m_measuredColumns, columns) != columns;
+  if (fresh) {
+    m_wanted = QList<int>(columns, 0);
+    m_heading = QList<int>(columns, 0);
+  }
+  for (int c = 0; c < columns; ++c) {
+    const platform::GridColumn& column = m_grid->column(c);
+    if (!column.isVisible() || column.width() > 0) {
+      continue;
+    }
+    int heading = QFontMetrics(m_grid->headFont(c)).horizontalAdvance(column.caption()) + 16;
+    int width = heading;
+    if (m_model->isCheckColumn(c)) {
+      heading = qMax(heading, kCheckWidth);
+      width = heading;
+    } else {
+      const QFontMetrics cells(m_grid->cellFont(c));
+      for (int r = 0; r < rows; ++r) {
+        width = qMax(width, cells.horizontalAdvance(m_model->displayText(r, c)) + 14);
+      }
+    }
+    m_heading[c] = heading;
+    m_wanted[c] = qMax(qMin(width, kMaxAutoWidth), fresh ? 0 : m_wanted[c]);
+  }
+}
+
+void GridTable::fitColumns() {
+  if (!m_grid || !isVisible()) {
+    return;  // the room is known once the list is laid out on screen
+  }
+  loadKeptWidths();
+  const int columns = m_model->columnCount();
+  if (m_wanted.size() != columns) {
+    measureColumns();
+  }
+  int room = viewport()->width();
+  m_fittedWidth = room;
+  QList<int> sized;
+  QList<int> wanted;
+  QList<int> least;
+  const bool wasSizing = std::exchange(m_sizing, true);
+  for (int c = 0; c < columns; ++c) {
+    const platform::GridColumn& column = m_grid->column(c);
+    if (!column.isVisible()) {
+      continue;
+    }
+    if (column.width() > 0) {
+      room -= column.width();
+    } else if (const auto kept = m_kept.constFind(column.name()); kept != m_kept.constEnd()) {
+      setColumnWidth(c, kept.value());
+      room -= kept.value();
+    } else {
+      sized.append(c);
+      wanted.append(qMax(m_wanted[c], m_heading[c]));
+      least.append(m_heading[c]);
+    }
+  }
+  if (!sized.isEmpty()) {
+    const QList<int> widths = fitWithin(wanted, least, room);
+    for (qsizetype i = 0; i < sized.size(); ++i) {
+      setColumnWidth(sized[i], widths[i]);
+    }
+  }
+  m_sizing = wasSizing;
+}
+
+void GridTable::loadKeptWidths() {
+  if (std::exchange(m_keptLoaded, true)) {
+    return;
+  }
+  QSettings settings;
+  settings.beginGroup(settingsGroup());
+  for (const QString& name : settings.childKeys()) {
+    bool ok = false;
+    const int width = settings.value(name).toInt(&ok);
+    if (ok && width > 0) {
+      m_kept.insert(name, width);
+    }
+  }
+}
+
+void GridTable::sectionResized(int column, int newWidth) {
+  // Only the person's own drag is kept; the last column stretching to fill the list is not theirs.
+  if (m_sizing || !m_headingPressed || !m_grid || column == lastVisibleColumn() || newWidth <= 0) {
+    return;
+  }
+  const QString name = m_grid->column(column).name();
+  if (name.isEmpty()) {
+    return;
+  }
+  loadKeptWidths();
+  m_kept.insert(name, newWidth);
+  QSettings().setValue(settingsGroup() + u'/' + name, newWidth);
+}
+
+bool GridTable::viewportEvent(QEvent* event) {
+  if (event->type() == QEvent::Resize && viewport()->width() != m_fittedWidth) {
+    queueSizing(false);
+  }
+  return QTableView::viewportEvent(event);
+}
+
+bool GridTable::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == horizontalHeader()->viewport()) {
+    switch (event->type()) {
+      case QEvent::MouseButtonPress:
+      case QEvent::MouseButtonDblClick:
+        m_headingPressed = true;
+        break;
+      case QEvent::MouseButtonRelease:
+        m_headingPressed = false;
+        break;
+      default:
+        break;
+    }
+  }
+  return QTableView::eventFilter(watched, event);
 }
 
 // ===== the widget ===================================================================================================
@@ -357,7 +625,6 @@ GridView::GridView(Grid& grid, QWidget* parent) : QWidget(parent), m_grid(&grid)
   setFocusProxy(m_table);
   bindControl(grid, *this);
   connect(&grid, &Grid::headerChanged, this, &GridView::showCaption);
-  connect(m_table->gridModel(), &QAbstractItemModel::modelReset, this, &GridView::sizeColumns);
   showCaption();
   sizeColumns();
 }
@@ -374,34 +641,10 @@ void GridView::showCaption() {
   m_caption->setVisible(!m_grid->caption().isEmpty());
 }
 
-void GridView::sizeColumns() {
-  if (!m_grid) {
-    return;
-  }
-  GridModel* model = m_table->gridModel();
-  const int rows = qMin(model->rowCount(), kSampledRows);
-  // A new layout is sized afresh; later the columns only grow with what arrives, never undoing the person's
-  // widening.
-  const bool fresh = std::exchange(m_sizedColumns, model->columnCount()) != model->columnCount();
-  for (int c = 0; c < model->columnCount(); ++c) {
-    const platform::GridColumn& column = m_grid->column(c);
-    if (!column.isVisible() || column.width() > 0) {
-      continue;
-    }
-    int width = QFontMetrics(m_grid->headFont(c)).horizontalAdvance(column.caption()) + 16;
-    if (column.display() == platform::GridColumn::Display::Check) {
-      width = qMax(width, 40);
-    } else {
-      const QFontMetrics cells(m_grid->cellFont(c));
-      for (int r = 0; r < rows; ++r) {
-        width = qMax(width, cells.horizontalAdvance(m_grid->displayText(r, c)) + 14);
-      }
-    }
-    width = qMin(width, kMaxAutoWidth);
-    if (fresh || width > m_table->columnWidth(c)) {
-      m_table->setColumnWidth(c, width);
-    }
-  }
+void GridView::sizeColumns() { m_table->sizeColumns(); }
+
+void GridView::openRowsWith(platform::Button& button) {
+  connect(m_table, &GridTable::rowActivated, &button, [&button] { button.click(); });
 }
 
 }  // namespace adjustacc::desktop

@@ -23,7 +23,25 @@ struct LogState {
   QFile file;
   QtMessageHandler previous = nullptr;
   bool installed = false;
+  int standardErrorFrom = 0;  // severity
 };
+
+// QtMsgType's values are not in order of severity.
+int severity(QtMsgType type) {
+  switch (type) {
+    case QtDebugMsg:
+      return 0;
+    case QtInfoMsg:
+      return 1;
+    case QtWarningMsg:
+      return 2;
+    case QtCriticalMsg:
+      return 3;
+    case QtFatalMsg:
+      return 4;
+  }
+  return 2;
+}
 
 LogState& state() {
   static LogState s;
@@ -56,6 +74,9 @@ void handler(QtMsgType type, const QMessageLogContext& context, const QString& m
       s.file.write("\n");
       s.file.flush();
     }
+    if (severity(type) < s.standardErrorFrom) {
+      return;
+    }
   }
   // Standard error keeps Qt's own format and filtering.
   if (s.previous != nullptr) {
@@ -72,19 +93,35 @@ QString formatLogLine(QtMsgType type, const char* category, const QString& messa
          QLatin1String(category != nullptr ? category : "default") + QStringLiteral(": ") + message;
 }
 
-QString installLogHandler(const QString& filePath) {
+void applyDefaultLogRules() { QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false")); }
+
+QtMsgType defaultStandardErrorLevel() {
+  const bool rulesGiven =
+      !qEnvironmentVariableIsEmpty("QT_LOGGING_RULES") || !qEnvironmentVariableIsEmpty("QT_LOGGING_CONF");
+  return rulesGiven ? QtDebugMsg : QtWarningMsg;
+}
+
+QString installLogHandler(const QString& filePath, QtMsgType standardErrorFrom) {
   LogState& s = state();
   QString path = filePath;
   if (path.isEmpty()) {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
-    if (folder.isEmpty() || !QDir().mkpath(folder)) {
-      return {};
+    if (!folder.isEmpty() && QDir().mkpath(folder)) {
+      path = QDir(folder).filePath(QStringLiteral("adjustacc.log"));
     }
-    path = QDir(folder).filePath(QStringLiteral("adjustacc.log"));
   }
   QMutexLocker locker(&s.mutex);
+  s.standardErrorFrom = severity(standardErrorFrom);
+  if (!s.installed) {
+    // Standard error is filtered by level even when there is no file to write.
+    s.previous = qInstallMessageHandler(handler);
+    s.installed = true;
+  }
   if (s.file.isOpen()) {
     s.file.close();
+  }
+  if (path.isEmpty()) {
+    return {};
   }
   if (QFileInfo(path).size() > kMaxLogBytes) {
     QFile::remove(path + QStringLiteral(".1"));
@@ -93,10 +130,6 @@ QString installLogHandler(const QString& filePath) {
   s.file.setFileName(path);
   if (!s.file.open(QIODevice::Append | QIODevice::Text)) {
     return {};
-  }
-  if (!s.installed) {
-    s.previous = qInstallMessageHandler(handler);
-    s.installed = true;
   }
   return path;
 }

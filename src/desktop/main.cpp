@@ -46,6 +46,7 @@ void chooseVncWithoutDisplay() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  adjustacc::desktop::applyDefaultLogRules();
   QCoreApplication::setOrganizationName(QStringLiteral("adjustacc"));
   QCoreApplication::setApplicationName(QStringLiteral("adjustacc"));
   QCoreApplication::setApplicationVersion(QStringLiteral("1.0"));

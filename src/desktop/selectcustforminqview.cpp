@@ -85,10 +85,8 @@ SelectCustFormInqView::SelectCustFormInqView(QORVA_SelectCustFormInq& form, QWid
     }
   });
   tabOrder().apply();
-  // Double-clicking an account takes it, as OK does.
-  connect(m_accounts->table(), &QAbstractItemView::doubleClicked, this, [this] {
-    m_form.mCmdButton[QORVA_SelectCustFormInq::ConfirmButton].click();
-  });
+  // Enter or a double click on an account takes it, as OK does.
+  m_accounts->openRowsWith(form.mCmdButton[QORVA_SelectCustFormInq::ConfirmButton]);
   setMinimumSize(720, 520);
   resize(860, 620);
 }

@@ -75,12 +75,23 @@ void SignOn::start() {
   message->send();
 }
 
+QString SignOn::noAnswerText() const {
+  const int seconds = (m_session.updateTimeoutMs() + 999) / 1000;
+  return seconds == 1 ? QStringLiteral("the host system did not answer within a second")
+                      : QStringLiteral("the host system did not answer within %1 seconds").arg(seconds);
+}
+
 void SignOn::officerAnswered(const Reply& reply, const QString& requestId) {
   if (!m_running) {
     return;
   }
+  // Said for the sign-on: the link's own words for a time-out speak of requests that may still be carried out.
+  if (reply.timedOut) {
+    finish(QStringLiteral("Officer %1 could not be signed on: %2.").arg(m_officerId, noAnswerText()));
+    return;
+  }
   if (!reply.ok()) {
-    finish(QStringLiteral("The officer %1 could not be signed on: %2").arg(m_officerId, reply.error));
+    finish(QStringLiteral("Officer %1 could not be signed on. %2").arg(m_officerId, reply.error));
     return;
   }
   const messaging::RecordSetPtr officers = RecordSetBuilder::build(reply, QStringLiteral("OFFICER"), requestId);
@@ -119,7 +130,9 @@ void SignOn::tableAnswered(const QString& table, const Reply& reply, const QStri
   if (!m_running) {
     return;
   }
-  if (!reply.ok()) {
+  if (reply.timedOut) {
+    m_warnings.append(QStringLiteral("Code table %1 could not be read: %2.").arg(table, noAnswerText()));
+  } else if (!reply.ok()) {
     m_warnings.append(QStringLiteral("Code table %1 could not be read: %2").arg(table, reply.error));
   } else {
     const messaging::RecordSetPtr rows = RecordSetBuilder::build(reply, QStringLiteral("QVR_CODE"), requestId);

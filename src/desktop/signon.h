@@ -61,6 +61,8 @@ private:
   void officerAnswered(const messaging::Reply& reply, const QString& requestId);
   void tableAnswered(const QString& table, const messaging::Reply& reply, const QString& requestId);
   void finish(const QString& error);
+  // "the host system did not answer within 60 seconds"
+  QString noAnswerText() const;
 
   messaging::HostLink& m_link;
   const platform::SessionSettings& m_session;

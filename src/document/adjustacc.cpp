@@ -158,6 +158,7 @@ void QORVA_AdjustAcc::FileOpen() {
     m_accountNumber = openAccount.mTxtDocNbr.text().trimmed();
     m_accountType = openAccount.mFtcboDocType.selectedCode();
     SendAdjustPI();
+    Q_EMIT accountChanged();
     openAccount.Form_Unload();
     mCmdButton[ArDetailButton].setEnabled(false);
     mCmdButton[ReceiptDetailButton].setEnabled(false);
@@ -252,6 +253,13 @@ QString QORVA_AdjustAcc::accountDescription() const {
   return m_services.codes.description(kAccountTypeTable, m_accountType);
 }
 
+QString QORVA_AdjustAcc::customerName() const {
+  if (!m_receivables || m_receivables->recordCount() == 0) {
+    return {};
+  }
+  return m_receivables->valueAt(0, QStringLiteral("CUST_NAME")).toString().trimmed();
+}
+
 void QORVA_AdjustAcc::SendAdjustPI() {
   trap(m_services, source("SendAdjustPI"), [&] {
     messaging::RequestMessage& message = screencore::freshRequest(
@@ -293,6 +301,7 @@ void QORVA_AdjustAcc::replyFailed(const QString& text) {
   m_services.statusBar.setText(m_timedOut ? title::SearchTimedOut : title::SearchWasNotSuccessful);
   m_accountNumber.clear();
   m_accountType.clear();
+  Q_EMIT accountChanged();
   raise(AppError::LeaveEarly);
 }
 
@@ -329,6 +338,7 @@ void QORVA_AdjustAcc::mNcsbMessage_DataReady(const QString& replyTo, const messa
       }
     }
     m_requestOutstanding = false;
+    Q_EMIT accountChanged();
   });
 }
 

@@ -87,6 +87,10 @@ public:
   // --- state, for the host and for tests ------------------------------------------------------------------
   QString accountNumber() const { return m_accountNumber; }
   QString accountType() const { return m_accountType; }
+  // The open account's type as the clerk reads it (its REFDOCTYP description), and the customer its
+  // receivables name (empty until they arrive).
+  QString accountTypeDescription() const { return accountDescription(); }
+  QString customerName() const;
   QString requestId() const { return m_requestId; }
   bool requestOutstanding() const { return m_requestOutstanding; }
   bool timedOut() const { return m_timedOut; }
@@ -100,6 +104,11 @@ public:
   platform::ControlArray<platform::Button> mCmdButton{QStringLiteral("mCmdButton")};
   platform::Adodc mAdodc1{QStringLiteral("mAdodc1")};
   platform::Adodc mAdodc2{QStringLiteral("mAdodc2")};
+
+Q_SIGNALS:
+  // The open account, or what is known of it, changed: another account was chosen, its lists arrived, or its
+  // request failed and no account is open.
+  void accountChanged();
 
 private:
   void UserDocument_Initialize();

@@ -117,6 +117,7 @@ void QORVA_CustSelect::mNcsbMessage_DataReady(const QString& replyTo, const mess
     const int found = customers->recordCount();
     if (found == 0) {
       mLblStatus.setCaption(QStringLiteral("No customers found"));
+      forgetCustomer();
     } else {
       mLblStatus.setCaption(found == 1 ? QStringLiteral("1 customer found")
                                        : QStringLiteral("%1 customers found").arg(found));
@@ -136,6 +137,18 @@ void QORVA_CustSelect::mSdgCustomers_Click() {
       chooseRow(selected.first());
     }
   });
+}
+
+void QORVA_CustSelect::forgetCustomer() {
+  // The customer chosen before is not among what the clerk now looks at, so nobody is chosen.
+  if (m_customerId.isEmpty()) {
+    return;
+  }
+  m_customerId.clear();
+  m_customerName.clear();
+  m_hasAlerts = false;
+  mLblCustomer.setCaption({});
+  Q_EMIT SelectionChanged();
 }
 
 void QORVA_CustSelect::chooseRow(int row) {

@@ -10,7 +10,8 @@
 //   SelectionChanged  the clerk chose another customer (customerId()/customerName() give it);
 //   HasAlerts         the chosen customer has alerts on file, sent only when NotifyAlerts is set.
 // A new search keeps the chosen customer until the clerk chooses another; a search for one customer id
-// chooses that customer at once.
+// chooses that customer at once; a search that finds nobody leaves nobody chosen (SelectionChanged, with an
+// empty customerId()).
 
 #include "messaging/recordset.h"
 #include "messaging/reply.h"
@@ -93,6 +94,7 @@ Q_SIGNALS:
 private:
   void layOutGrid();
   void chooseRow(int row);
+  void forgetCustomer();
 
   platform::Services& m_services;
   QPointer<messaging::RequestMessage> mNcsbMessage;

@@ -30,6 +30,7 @@ namespace {
 const QString kSection = QStringLiteral("CUSTOMERFORM");
 const QString kErrorsHeading = QStringLiteral("Errors Found ... ");
 const QString kLineBreak = QStringLiteral("\r\n");
+const QString kChooseStatus = QStringLiteral("Choose an account type and find the customer");
 
 bool allDigits(const QString& text) {
   return !text.isEmpty() && std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c >= u'0' && c <= u'9'; });
@@ -121,7 +122,7 @@ void QORVA_SelectCustFormInq::Form_Load() {
     screencore::valueOrFail(mFtcboDocType.fill(screencore::codeTableQueryText(
         m_services.user.region(), QStringLiteral("CSTATUS"), m_services.clock.today())));
     mAdodc1.setRecordset(messaging::RecordSetBuilder::empty(kSection));
-    UpdateStatusMsg(QStringLiteral("Choose an account type and find the customer"));
+    UpdateStatusMsg(kChooseStatus);
   });
 }
 
@@ -160,15 +161,20 @@ void QORVA_SelectCustFormInq::QORVA_CustSelect1_SelectionChanged() {
   trap(m_services, source("QORVA_CustSelect1_SelectionChanged"), [&] {
     mStrCustID = QORVA_CustSelect1.customerId();
     mStrCustName = QORVA_CustSelect1.customerName();
+    if (mStrCustID.isEmpty()) {
+      // The customer search found nobody: the accounts of the customer chosen before go with that choice.
+      mAdodc1.setRecordset(messaging::RecordSetBuilder::empty(kSection));
+      mCmdButton[ConfirmButton].setEnabled(false);
+      UpdateStatusMsg(kChooseStatus);
+      return;
+    }
     if (!CheckEdit()) {
       showErrors();
       raise(AppError::LeaveEarly);
     }
-    if (!mStrCustID.isEmpty()) {
-      mAdodc1.setRecordset(messaging::RecordSetBuilder::empty(kSection));
-      mCmdButton[ConfirmButton].setEnabled(false);
-      SendPI();
-    }
+    mAdodc1.setRecordset(messaging::RecordSetBuilder::empty(kSection));
+    mCmdButton[ConfirmButton].setEnabled(false);
+    SendPI();
   });
 }
 

@@ -3,11 +3,13 @@
 #include "desktop/gridmodel.h"
 
 #include "messaging/recordset.h"
+#include "platform/currency.h"
 #include "platform/datacontrol.h"
 #include "platform/grid.h"
 
 #include <QAbstractItemModelTester>
 #include <QFont>
+#include <QLocale>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -140,6 +142,81 @@ TEST(GridModelTest, DrawsMoneyRightAlignedChecksAsCheckStatesAndRowLoadedValues)
   EXPECT_EQ(model.index(0, 3).data().toString(), QString());  // a check cell shows no text
   EXPECT_FALSE(model.index(0, 0).data(Qt::CheckStateRole).isValid());
   EXPECT_EQ(model.headerData(1, Qt::Horizontal).toString(), u"Payment Amount"_s);
+}
+
+// Sets the clerk's locale for one test.
+class LocaleForTest {
+public:
+  explicit LocaleForTest(const QLocale& locale) { QLocale::setDefault(locale); }
+  ~LocaleForTest() { QLocale::setDefault(m_previous); }
+
+private:
+  QLocale m_previous;
+};
+
+Qt::Alignment horizontal(const QVariant& alignment) {
+  return alignment.value<Qt::Alignment>() & Qt::AlignHorizontal_Mask;
+}
+
+TEST(GridModelTest, ShowsAmountsAsMoneyAndDatesInTheClerksShortDateWhateverTheScreenDeclared) {
+  const LocaleForTest usEnglish(QLocale(QLocale::English, QLocale::UnitedStates));
+  Grid grid(u"mSdgGrid"_s);
+  platform::Adodc data(u"mAdodc1"_s);
+  // Laid out as a screen may lay it out: every column plain text.
+  grid.addColumn(u"FORM_NUMBER"_s, u"Account #"_s, u"FORM_NBR"_s);
+  grid.addColumn(u"ORIG_ASSMT_AMT"_s, u"Original Assessment"_s, u"ORIG_ASSMT_AMT"_s);
+  grid.addColumn(u"STP_DT"_s, u"Stop Date"_s, u"STP_DT"_s);
+  grid.addColumn(u"LST_UPDT_TS"_s, u"Changed"_s, u"LST_UPDT_TS"_s);
+  grid.addColumn(u"INSTLMT_NBR"_s, u"Installment"_s, u"INSTLMT_NBR"_s);
+  grid.setDataSource(&data);
+  auto set = std::make_shared<RecordSet>(QList<messaging::Field>{{u"FORM_NBR"_s, FieldType::Text},
+                                                                 {u"ORIG_ASSMT_AMT"_s, FieldType::Number},
+                                                                 {u"STP_DT"_s, FieldType::Date},
+                                                                 {u"LST_UPDT_TS"_s, FieldType::DateTime},
+                                                                 {u"INSTLMT_NBR"_s, FieldType::Number}});
+  set->addNew({u"0001234"_s, u"807.5"_s, u"2026-05-07"_s, u"2026-05-07 14:30:00"_s, u"3"_s});
+  set->addNew({u"0001235"_s, u"-1234.5"_s, u"05-08-2026"_s, QVariant(), u"12"_s});
+  set->addNew({u"0001236"_s, u"N/A"_s, u"soon"_s, u""_s, QVariant()});
+  set->moveFirst();
+  data.setRecordset(set);
+  GridModel model(grid);
+
+  const struct {
+    const char* what;
+    int row;
+    int column;
+    QString shown;
+  } cells[] = {
+      {"an amount the screen left as text", 0, 1, u"$807.50"_s},
+      {"a negative amount", 1, 1, platform::Currency::fromCents(-123450).toDisplayText()},
+      {"text that is not money", 2, 1, u"N/A"_s},
+      {"a date as the host sends it", 0, 2, u"5/7/26"_s},
+      {"a date as a screen writes it", 1, 2, u"5/8/26"_s},
+      {"text that is not a date", 2, 2, u"soon"_s},
+      {"a moment", 0, 3, QLocale().toString(QDateTime(QDate(2026, 5, 7), QTime(14, 30)), QLocale::ShortFormat)},
+      {"no moment", 1, 3, QString()},
+      {"a count is no money", 1, 4, u"12"_s},
+      {"an account number stays as it is", 0, 0, u"0001234"_s},
+  };
+  for (const auto& cell : cells) {
+    EXPECT_EQ(model.index(cell.row, cell.column).data().toString(), cell.shown) << cell.what;
+  }
+  // The wire form is what an editor starts from.
+  EXPECT_EQ(model.index(0, 2).data(Qt::EditRole).toString(), u"2026-05-07"_s);
+  EXPECT_EQ(horizontal(model.index(0, 1).data(Qt::TextAlignmentRole)), Qt::AlignRight);
+  EXPECT_EQ(horizontal(model.headerData(1, Qt::Horizontal, Qt::TextAlignmentRole)), Qt::AlignRight);
+  EXPECT_EQ(horizontal(model.index(0, 4).data(Qt::TextAlignmentRole)), Qt::AlignLeft);
+  EXPECT_EQ(model.cellKind(1), GridModel::CellKind::Money);
+  EXPECT_EQ(model.cellKind(2), GridModel::CellKind::Date);
+
+  // Unbound, a column is known by its name in the data dictionary.
+  Grid unbound(u"mSdgList"_s);
+  unbound.addColumn(u"RCPT_DT"_s, u"Payment Date"_s);
+  unbound.addColumn(u"TRNSFR_AMT"_s, u"Transferred"_s);
+  ASSERT_TRUE(unbound.addItem(u"2026-10-14\t25"_s));
+  GridModel list(unbound);
+  EXPECT_EQ(list.index(0, 0).data().toString(), u"10/14/26"_s);
+  EXPECT_EQ(list.index(0, 1).data().toString(), u"$25.00"_s);
 }
 
 TEST(GridModelTest, CellsAndHeadingsTakeTheirStyleSetWhileTheGridsOwnFontIsBold) {

@@ -3,6 +3,7 @@
 #include "desktop/gridmodel.h"
 #include "desktop/gridview.h"
 
+#include "platform/button.h"
 #include "platform/datacontrol.h"
 #include "platform/grid.h"
 
@@ -10,9 +11,12 @@
 #include <QComboBox>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QScrollBar>
+#include <QSettings>
 #include <QSignalSpy>
 #include <QTest>
+#include <QToolTip>
 
 #include <gtest/gtest.h>
 
@@ -46,6 +50,12 @@ protected:
   QPoint cellCentre(int row, int column) const { return table->visualRect(table->model()->index(row, column)).center(); }
   void click(int row, Qt::KeyboardModifiers modifiers = {}) {
     QTest::mouseClick(table->viewport(), Qt::LeftButton, modifiers, cellCentre(row, 0));
+  }
+  // As a mouse does it: a click, then the second press arriving as a double click.
+  void doubleClick(int row, int column) {
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, cellCentre(row, column));
+    QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, cellCentre(row, column));
+    QTest::mouseRelease(table->viewport(), Qt::LeftButton, {}, cellCentre(row, column));
   }
   QList<int> shownSelection() const {
     QList<int> rows;
@@ -176,6 +186,129 @@ TEST_F(GridViewTest, ADisabledGridTakesNoClicks) {
   click(1);
   EXPECT_EQ(clicks.count(), 0);
   EXPECT_TRUE(grid.selectedRows().isEmpty());
+}
+
+TEST_F(GridViewTest, EnterAndADoubleClickOnARowOpenItAsItsButtonWould) {
+  platform::Button open(u"mCmdButton"_s, u"Receipt Detail"_s);
+  view->openRowsWith(open);
+  QSignalSpy opened(&open, &platform::Button::clicked);
+  QSignalSpy clicks(&grid, &Grid::clicked);
+  grid.setAllowUpdate(false);
+
+  doubleClick(3, 0);
+  EXPECT_EQ(grid.selectedRows(), QList<int>{3});
+  EXPECT_EQ(opened.count(), 1);
+  QTest::keyClick(table, Qt::Key_Down, Qt::ControlModifier);  // moves without choosing
+  QTest::keyClick(table, Qt::Key_Return);
+  // The row is chosen first, as a click chooses it, so the screen's Click handler has run before the button.
+  EXPECT_EQ(grid.selectedRows(), QList<int>{4});
+  EXPECT_EQ(opened.count(), 2);
+  EXPECT_EQ(clicks.count(), 2);
+  QTest::keyClick(table, Qt::Key_Enter);
+  EXPECT_EQ(opened.count(), 3);
+
+  // A button the screen has disabled opens nothing.
+  open.setEnabled(false);
+  QTest::keyClick(table, Qt::Key_Return);
+  EXPECT_EQ(opened.count(), 3);
+  open.setEnabled(true);
+
+  // A cell the person may change keeps its double click for editing.
+  grid.setAllowUpdate(true);
+  doubleClick(6, 0);
+  EXPECT_EQ(opened.count(), 3);
+  const auto* editor = table->viewport()->findChild<QLineEdit*>();
+  ASSERT_NE(editor, nullptr);
+  EXPECT_TRUE(editor->isVisible());
+}
+
+class GridColumnWidthsTest : public ::testing::Test {
+protected:
+  void SetUp() override { QSettings().remove(u"gridColumns"_s); }
+  void TearDown() override { QSettings().remove(u"gridColumns"_s); }
+
+  // A list of long names, wider than the view: the shape of the receivables list with long customer names.
+  static void layOut(Grid& grid) {
+    grid.setCaption(u"Account Receivables"_s);
+    for (const char16_t* caption : {u"Name", u"Account Type", u"Address", u"City", u"Status", u"Form Type Code"}) {
+      grid.addColumn(QString::fromUtf16(caption).toUpper().replace(u' ', u'_'), QString::fromUtf16(caption));
+    }
+    for (int i = 0; i < 12; ++i) {
+      const QString wide = u"SOMEWHAT LONGER TEXT THAN THE LIST HAS ROOM FOR %1"_s.arg(i);
+      ASSERT_TRUE(grid.addItem(QStringList(6, wide).join(u'\t')));
+    }
+  }
+  static std::unique_ptr<GridView> show(Grid& grid, int width) {
+    auto view = std::make_unique<GridView>(grid);
+    view->resize(width, 300);
+    view->show();
+    QApplication::setActiveWindow(view.get());
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(view.get()));
+    QCoreApplication::processEvents();
+    return view;
+  }
+  static int headingWidth(const GridTable& table, int column) {
+    const QString caption = table.model()->headerData(column, Qt::Horizontal).toString();
+    return table.horizontalHeader()->fontMetrics().horizontalAdvance(caption);
+  }
+};
+
+TEST_F(GridColumnWidthsTest, ColumnsFitTheListWithoutAScrollBarAndKeepTheirHeadingsWhole) {
+  Grid grid(u"mSdgDBGrid"_s);
+  layOut(grid);
+  auto view = show(grid, 900);
+  GridTable* table = view->table();
+  EXPECT_EQ(table->horizontalScrollBar()->maximum(), 0) << "the columns are wider than the list";
+  int total = 0;
+  for (int c = 0; c < 6; ++c) {
+    EXPECT_GE(table->columnWidth(c), headingWidth(*table, c)) << c;
+    total += table->columnWidth(c);
+  }
+  EXPECT_LE(total, table->viewport()->width());
+  // A cut cell can be read whole; one that fits has no tooltip.
+  const auto tipAt = [table](int row, int column) {
+    QToolTip::hideText();
+    EXPECT_TRUE(QTest::qWaitFor([] { return !QToolTip::isVisible(); }, 2000));
+    const QPoint at = table->visualRect(table->model()->index(row, column)).center();
+    QHelpEvent help(QEvent::ToolTip, at, table->viewport()->mapToGlobal(at));
+    QApplication::sendEvent(table->viewport(), &help);
+    return QToolTip::isVisible() ? QToolTip::text() : QString();
+  };
+  EXPECT_EQ(tipAt(2, 0), grid.cellText(2, 0));
+  grid.column(1).setWidth(900);
+  EXPECT_EQ(tipAt(2, 1), QString());
+  grid.column(1).setWidth(0);
+
+  // A wider window gives the columns their texts back.
+  view->resize(1800, 300);
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return table->columnWidth(0) > 250; }, 2000)) << table->columnWidth(0);
+}
+
+TEST_F(GridColumnWidthsTest, AWidthThePersonSetsIsKeptForTheNextTimeTheListIsShown) {
+  Grid grid(u"mSdgDBGrid"_s);
+  layOut(grid);
+  auto view = show(grid, 900);
+  QHeaderView* header = view->table()->horizontalHeader();
+  const int before = header->sectionSize(1);
+  const int edge = header->sectionViewportPosition(1) + before - 1;
+  const int y = header->height() / 2;
+  QTest::mousePress(header->viewport(), Qt::LeftButton, {}, QPoint(edge, y));
+  QTest::mouseMove(header->viewport(), QPoint(edge + 30, y));
+  QTest::mouseMove(header->viewport(), QPoint(edge + 60, y));
+  QTest::mouseRelease(header->viewport(), Qt::LeftButton, {}, QPoint(edge + 60, y));
+  const int set = header->sectionSize(1);
+  ASSERT_EQ(set, before + 60);
+  EXPECT_EQ(QSettings().value(view->table()->settingsGroup() + u"/ACCOUNT_TYPE"_s).toInt(), set);
+  // Widths set by the list itself are not the person's.
+  EXPECT_FALSE(QSettings().contains(view->table()->settingsGroup() + u"/NAME"_s));
+  view.reset();
+
+  Grid again(u"mSdgDBGrid"_s);
+  layOut(again);
+  auto next = show(again, 900);
+  EXPECT_EQ(next->table()->columnWidth(1), set);
+  EXPECT_EQ(next->table()->horizontalScrollBar()->maximum(), 0);
 }
 
 }  // namespace

@@ -77,6 +77,9 @@ protected:
   std::optional<Reply> answer(const Request& request) {
     requests.append(request);
     Reply reply;
+    if (silentCode == request.code) {
+      return std::nullopt;
+    }
     if (refuseAll) {
       reply.error = u"The sign-on token is not valid."_s;
       return reply;
@@ -126,6 +129,7 @@ protected:
   QList<Request> requests;
   bool knownOfficer = true;
   bool refuseAll = false;
+  int silentCode = 0;  // requests of this code get no answer
   QString failingTable;
 };
 
@@ -177,6 +181,23 @@ TEST_F(SignOnTest, AFailedReplyFailsTheSignOnWithTheHostsReason) {
   SignOn refused(link, session, u"ADMIN01"_s, store);
   EXPECT_FALSE(run(refused));
   EXPECT_TRUE(refused.error().contains(u"The sign-on token is not valid."_s)) << refused.error().toStdString();
+}
+
+TEST_F(SignOnTest, NoAnswerIsToldAsTheSignOnsOwnFailure) {
+  ASSERT_TRUE(session.setUpdateTimeoutMs(40));
+  silentCode = SignOn::kOfficerInquiryCode;
+  SignOn unanswered(link, session, u"CLERK07"_s, store);
+  EXPECT_FALSE(run(unanswered));
+  EXPECT_EQ(unanswered.error(), u"Officer CLERK07 could not be signed on: the host system did not answer within a "
+                                u"second."_s);
+
+  // A code table that gets no answer is a warning worded the same way.
+  silentCode = SignOn::kCodeTableInquiryCode;
+  SignOn tablesUnanswered(link, session, u"CLERK07"_s, store);
+  ASSERT_TRUE(run(tablesUnanswered));
+  ASSERT_EQ(tablesUnanswered.warnings().size(), SignOn::codeTables().size());
+  EXPECT_EQ(tablesUnanswered.warnings().first(),
+            u"Code table ADJDOC could not be read: the host system did not answer within a second."_s);
 }
 
 TEST_F(SignOnTest, ACodeTableThatCannotBeReadIsAWarningAndTheRestIsKept) {

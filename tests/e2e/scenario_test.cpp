@@ -13,12 +13,15 @@
 #include "document/adjustacc.h"
 #include "inquiry/forminq.h"
 #include "inquiry/selectcustforminq.h"
+#include "platform/button.h"
 #include "platform/grid.h"
 
 #include <QComboBox>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTableView>
 
 namespace adjustacc::desktop::testing {
@@ -47,6 +50,30 @@ void typeInto(QLineEdit& edit, const QString& text) {
 }
 
 int rowsOf(GridView* list) { return list->table()->model()->rowCount(); }
+
+// Every heading can be read whole and the list needs no horizontal scroll bar.
+void expectColumnsFit(GridView& list) {
+  QTableView* table = list.table();
+  EXPECT_EQ(table->horizontalScrollBar()->maximum(), 0) << table->objectName().toStdString();
+  for (int c = 0; c < table->model()->columnCount(); ++c) {
+    if (table->isColumnHidden(c)) {
+      continue;
+    }
+    const QString heading = table->model()->headerData(c, Qt::Horizontal).toString();
+    const QFont font = table->model()->headerData(c, Qt::Horizontal, Qt::FontRole).value<QFont>();
+    EXPECT_GE(table->columnWidth(c), QFontMetrics(font).horizontalAdvance(heading))
+        << table->objectName().toStdString() << " " << heading.toStdString();
+  }
+}
+
+void openAccount(DocumentWindow& window, const QString& type, const QString& number) {
+  whenShown<FormInqView>([type, number](FormInqView& view) {
+    typeInto(*view.typeBox()->lineEdit(), type);
+    typeInto(*view.numberBox(), number);
+    QTest::mouseClick(view.button(QORVA_FormInq::OkButton), Qt::LeftButton);
+  });
+  window.openAccount();
+}
 
 class ClerkScenario : public DesktopFixture {};
 
@@ -83,6 +110,12 @@ TEST_F(ClerkScenario, OpensAnAccountReadsItsListsAndFindsAnotherThroughItsCustom
   EXPECT_EQ(arModel->index(0, 0).data().toString(), u"SMITH TRUCKING LLC"_s);
   EXPECT_EQ(arModel->index(0, 1).data().toString(), u"CITATION ENF001"_s);
   EXPECT_TRUE(arModel->index(0, 5).data().toString().startsWith(u'$'));
+  // Dates in the clerk's short date, not as the host sends them.
+  EXPECT_EQ(arModel->index(0, 4).data().toString(),
+            QLocale().toString(QDate::fromString(arModel->index(0, 4).data(Qt::EditRole).toString(), Qt::ISODate),
+                               QLocale::ShortFormat));
+  expectColumnsFit(*receivables);
+  expectColumnsFit(*receipts);
   screenshot(window(), u"03-account-lists"_s);
 
   // --- choosing rows: each list's button follows its own selection -----------------------------------------------
@@ -130,6 +163,11 @@ TEST_F(ClerkScenario, OpensAnAccountReadsItsListsAndFindsAnotherThroughItsCustom
       chosenNumber = form.mSdgGrid.column(u"FORM_NUMBER"_s).cellValue(citation).toString();
       clickRow(*select.accounts(), citation);
       EXPECT_TRUE(select.button(QORVA_SelectCustFormInq::ConfirmButton)->isEnabled());
+      // Money as money in every column, "Original Assessment" too.
+      const QAbstractItemModel* accounts = select.accounts()->table()->model();
+      EXPECT_TRUE(accounts->index(citation, form.mSdgGrid.columnIndex(u"ORIG_ASSMT_AMT"_s)).data().toString()
+                      .startsWith(u'$'));
+      expectColumnsFit(*select.accounts());
       screenshot(select, u"06-select-account"_s);
       QTest::mouseClick(select.button(QORVA_SelectCustFormInq::ConfirmButton), Qt::LeftButton);
       if (form.isVisible()) {
@@ -152,6 +190,42 @@ TEST_F(ClerkScenario, OpensAnAccountReadsItsListsAndFindsAnotherThroughItsCustom
   EXPECT_FALSE(arDetail->isEnabled());
   EXPECT_FALSE(receiptDetail->isEnabled());
   screenshot(window(), u"08-account-from-customer"_s);
+}
+
+TEST_F(ClerkScenario, EnterOrADoubleClickOnARowOpensItAsItsButtonWould) {
+  ASSERT_NO_FATAL_FAILURE(start());
+  openAccount(window(), u"CITATION ENF001"_s, u"1000011"_s);
+  QORVA_AdjustAcc* document = window().currentDocument();
+  GridView* receivables = window().currentView()->list(QORVA_AdjustAcc::ReceivablesList);
+  GridView* receipts = window().currentView()->list(QORVA_AdjustAcc::ReceiptsList);
+  ASSERT_TRUE(waitFor([&] { return rowsOf(receivables) > 0 && rowsOf(receipts) > 0; }));
+
+  // Whatever the detail button shows is closed here: this test is about how the row is opened.
+  boxWatch.stop();
+  QTimer closer;
+  closer.setInterval(20);
+  QObject::connect(&closer, &QTimer::timeout, [] {
+    if (QWidget* modal = QApplication::activeModalWidget(); modal != nullptr && modal->isVisible()) {
+      modal->close();
+    }
+  });
+  closer.start();
+  QSignalSpy arDetail(&document->mCmdButton[QORVA_AdjustAcc::ArDetailButton], &platform::Button::clicked);
+  QSignalSpy receiptDetail(&document->mCmdButton[QORVA_AdjustAcc::ReceiptDetailButton], &platform::Button::clicked);
+
+  receivables->table()->setFocus();
+  QTest::keyClick(receivables->table(), Qt::Key_Return);
+  EXPECT_EQ(arDetail.count(), 1);
+  EXPECT_EQ(document->mSdgDBGrid[QORVA_AdjustAcc::ReceivablesList].selectedRows(), QList<int>{0});
+
+  QTableView* table = receipts->table();
+  const QPoint cell = table->visualRect(table->model()->index(0, 0)).center();
+  QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, cell);
+  QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, cell);
+  QTest::mouseRelease(table->viewport(), Qt::LeftButton, {}, cell);
+  EXPECT_EQ(receiptDetail.count(), 1);
+  EXPECT_EQ(arDetail.count(), 1);
+  closer.stop();
 }
 
 }  // namespace

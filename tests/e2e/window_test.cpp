@@ -1,5 +1,6 @@
 // The document host window around the real document: the tab captioned as its container, the document's toolbar
-// entry, the status bar and its busy indicator, Open Account closed with Escape, and closing the document.
+// entry, the status bar and its busy indicator, the open account named where a clerk looks for it, Open Account
+// closed with Escape, and closing the document.
 #include "desktopfixture.h"
 
 #include "desktop/adjustaccview.h"
@@ -8,12 +9,16 @@
 
 #include "document/adjustacc.h"
 #include "host/embeddedlink.h"
+#include "inquiry/forminq.h"
 #include "platform/modmessagetitle.h"
 #include "platform/statusbar.h"
 
 #include <QAction>
+#include <QComboBox>
 #include <QFile>
+#include <QGuiApplication>
 #include <QLabel>
+#include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTabWidget>
@@ -65,6 +70,60 @@ TEST_F(DocumentWindowTest, TheStatusBarShowsTheServicesTextAndABusyIndicator) {
   EXPECT_TRUE(busy->isVisible());
   app->statusBar().setReady(true);
   EXPECT_FALSE(busy->isVisible());
+}
+
+TEST_F(DocumentWindowTest, TheOpenAccountIsNamedInTheTitleTheTabAndTheStatusBar) {
+  // No account yet: the title names the officer; the window system adds the application's name.
+  EXPECT_FALSE(window().windowTitle().contains(QGuiApplication::applicationDisplayName()))
+      << window().windowTitle().toStdString();
+  EXPECT_FALSE(window().openAccountLabel()->isVisible());
+
+  whenShown<FormInqView>([](FormInqView& view) {
+    for (const auto& [edit, text] : {std::pair{view.typeBox()->lineEdit(), u"CITATION ENF001"_s},
+                                     std::pair{view.numberBox(), u"1000011"_s}}) {
+      edit->setFocus();
+      edit->selectAll();
+      QTest::keyClicks(edit, text);
+    }
+    QTest::mouseClick(view.button(inquiry::QORVA_FormInq::OkButton), Qt::LeftButton);
+  });
+  window().openAccount();
+  const QString number = document->accountNumber();
+  ASSERT_TRUE(number.startsWith(u"1000011-"_s)) << number.toStdString();
+  // Named as soon as it is asked for; the customer follows with the lists.
+  EXPECT_TRUE(window().windowTitle().contains(u"CITATION ENF001 "_s + number)) << window().windowTitle().toStdString();
+  ASSERT_TRUE(waitFor([&] { return window().windowTitle().contains(u"SMITH TRUCKING LLC"_s); }))
+      << window().windowTitle().toStdString();
+
+  const QString account = u"CITATION ENF001 "_s + number + u" \u2014 SMITH TRUCKING LLC"_s;
+  EXPECT_EQ(window().windowTitle(), account);
+  EXPECT_EQ(window().tabs()->tabToolTip(0), account);
+  EXPECT_TRUE(window().openAccountLabel()->isVisible());
+  EXPECT_EQ(window().openAccountLabel()->text(), account);
+  // The container keeps its caption, which titles every message box.
+  EXPECT_EQ(window().tabs()->tabText(0), u"Adjust Account"_s);
+  EXPECT_EQ(platform::modMessageTitle::messageTitle(), u"Adjust Account"_s);
+  screenshot(window(), u"09-account-named"_s);
+
+  window().closeCurrentDocument();
+  EXPECT_FALSE(window().openAccountLabel()->isVisible());
+  EXPECT_FALSE(window().windowTitle().contains(number));
+}
+
+TEST_F(DocumentWindowTest, LongStatusTextsGiveWayRatherThanWidenTheWindow) {
+  const QString path = u"/srv/adjustacc/regional-offices/north-east/clerks/shared-workstations/"_s.repeated(3) +
+                       u"adjustacc.sqlite"_s;
+  window().setSignedOn(u"Avery Lindqvist-Montgomery-Fairweather (ADMIN01, region NE)"_s, u"Local data: "_s + path);
+  app->statusBar().setText(u"Searching for CITATION ENF001 number 1000011-5 "_s.repeated(4));
+  window().resize(1280, 760);
+  QCoreApplication::processEvents();
+  EXPECT_LE(window().minimumSizeHint().width(), 1280);
+  EXPECT_EQ(window().width(), 1280);
+  auto* host = window().findChild<QLabel*>(u"host"_s);
+  ASSERT_NE(host, nullptr);
+  EXPECT_EQ(host->text(), u"Local data: "_s + path);  // whole, for its tooltip
+  EXPECT_LT(host->width(), host->sizeHint().width());
+  screenshot(window(), u"10-long-status"_s);
 }
 
 TEST_F(DocumentWindowTest, ClosingOpenAccountIsItsCancelAndAsksTheHostNothing) {

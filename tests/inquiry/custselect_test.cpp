@@ -51,6 +51,20 @@ TEST_F(CustSelectTest, SearchesByNameOrIdAndTellsWhichCustomerWasChosen) {
   EXPECT_EQ(m_alerts.count(), 1);
 }
 
+TEST_F(CustSelectTest, ASearchThatFindsNobodyLeavesNobodyChosen) {
+  search(u"100003"_s, {{u"100003"_s, u"ACME HAULING INC"_s, u"N"_s}});
+  ASSERT_EQ(m_selector.mLblCustomer.caption(), u"100003  ACME HAULING INC");
+  search(u"zzz"_s, {});
+  EXPECT_EQ(m_selector.mLblStatus.caption(), u"No customers found");
+  EXPECT_TRUE(m_selector.mLblCustomer.caption().isEmpty());
+  EXPECT_TRUE(m_selector.customerId().isEmpty());
+  EXPECT_TRUE(m_selector.customerName().isEmpty());
+  EXPECT_EQ(m_selection.count(), 2);
+  // Finding nobody again changes nothing more.
+  search(u"yyy"_s, {});
+  EXPECT_EQ(m_selection.count(), 2);
+}
+
 TEST_F(CustSelectTest, NothingToSearchForSendsNothingAndAFailureIsShown) {
   m_selector.mTxtSearch.userSetText(u"  "_s);
   m_selector.Search();

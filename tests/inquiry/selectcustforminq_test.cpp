@@ -100,6 +100,27 @@ TEST_F(SelectCustTest, RepliesForAnotherNameAreIgnoredFailuresAndTimeOutsShown) 
   EXPECT_EQ(m_dialog.mLblStatus.caption(), u"Search timed out");
 }
 
+TEST_F(SelectCustTest, ACustomerSearchThatFindsNobodyTakesThePreviousCustomersAccountsAway) {
+  ASSERT_TRUE(m_dialog.mFtcboDocType.setCode(u"U"_s));
+  chooseSmith();
+  answerForms({{u"4"_s, u"123"_s, u"2024-04-15"_s, u"25.00"_s, u"30.00"_s, u"C"_s, u"U"_s, u"25.00"_s, null}});
+  ASSERT_TRUE(m_dialog.mSdgGrid.userClickRow(0));
+  const int requests = m_set.link.requestCount();
+
+  QORVA_CustSelect& selector = m_dialog.QORVA_CustSelect1;
+  selector.mTxtSearch.userSetText(u"NOBODY BY THIS NAME"_s);
+  selector.Search();
+  ASSERT_TRUE(m_set.link.answerLast(testsupport::replyWith(
+      {{u"CUSTOMER"_s, testsupport::section({u"CUST_ID"_s, u"CUST_NM"_s}, {})}})));
+  ASSERT_TRUE(testsupport::waitFor([&] { return selector.customerId().isEmpty(); }));
+  EXPECT_TRUE(selector.mLblCustomer.caption().isEmpty());
+  EXPECT_EQ(m_dialog.mSdgGrid.rows(), 0);
+  EXPECT_FALSE(m_dialog.mCmdButton[QORVA_SelectCustFormInq::ConfirmButton].isEnabled());
+  EXPECT_EQ(m_dialog.mLblStatus.caption(), u"Choose an account type and find the customer");
+  EXPECT_EQ(m_set.link.requestCount(), requests + 1);  // the customer search only
+  EXPECT_EQ(m_set.ui.boxCount(), 0);
+}
+
 TEST_F(SelectCustTest, ConfirmHandsBackTheChosenRowAndCancelNothing) {
   ASSERT_TRUE(m_dialog.mFtcboDocType.setCode(u"U"_s));
   chooseSmith();
