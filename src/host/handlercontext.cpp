@@ -78,11 +78,11 @@ void SectionBuilder::appendRow(messaging::RecordSetWriter& writer, const QSqlQue
         if (value.typeId() == QMetaType::QDate && dayToAscii(value.toDate(), buffer)) {
           writer.setUtf8(slot.field, std::string_view(buffer, 10));
         } else {
-          writer.setValue(slot.field, dayCell(value));
+          writer.setValue(slot.field, SqlDialect::dayCell(value));
         }
         break;
       case Cell::Timestamp:
-        writer.setValue(slot.field, timestampCell(value));
+        writer.setValue(slot.field, SqlDialect::timestampCell(value));
         break;
     }
   }

@@ -200,7 +200,7 @@ HostSystem::HostSystem(QString connectionName) : d(new Impl) {
     d->openError = QStringLiteral("The host's database connection \"%1\" is not open.").arg(d->connectionName);
     return;
   }
-  Result<SqlDialect> dialect = SqlDialect::of(db);
+  Result<SqlDialect> dialect = hostDialect(db.driverName());
   if (!dialect) {
     d->openError = dialect.error();
     return;

@@ -20,12 +20,20 @@ QString databaseFailureText(const QSqlQuery& query) {
   return QStringLiteral("The host's database refused the request: %1").arg(text);
 }
 
+Result<SqlDialect> hostDialect(const QString& driverName) {
+  if (const std::optional<SqlDialect> dialect = SqlDialect::forDriver(driverName)) {
+    return *dialect;
+  }
+  return Result<SqlDialect>::failure(
+      QStringLiteral("The host runs on SQLite (QSQLITE) or PostgreSQL (QPSQL), not on \"%1\"").arg(driverName));
+}
+
 Result<Sql> Sql::onConnection(const QString& connectionName) {
   QSqlDatabase db = QSqlDatabase::database(connectionName, false);
   if (!db.isOpen()) {
     return Result<Sql>::failure(QStringLiteral("No open database connection named \"%1\"").arg(connectionName));
   }
-  Result<SqlDialect> dialect = SqlDialect::of(db);
+  Result<SqlDialect> dialect = hostDialect(db.driverName());
   if (!dialect) {
     return Result<Sql>::failure(dialect.error());
   }
@@ -210,29 +218,6 @@ QString centsForDisplay(qint64 cents) {
   return (negative ? QStringLiteral("-$") : QStringLiteral("$")) + whole + u'.' + fraction;
 }
 
-QDate dayFromValue(const QVariant& value) {
-  if (value.isNull()) {
-    return {};
-  }
-  if (value.typeId() == QMetaType::QDate) {
-    return value.toDate();
-  }
-  if (value.typeId() == QMetaType::QDateTime) {
-    return value.toDateTime().date();
-  }
-  return QDate::fromString(value.toString().left(10), Qt::ISODate);
-}
-
-QVariant dayCell(const QVariant& value) {
-  if (value.isNull()) {
-    return {};
-  }
-  if (value.typeId() == QMetaType::QString) {
-    return value;  // SQLite keeps days as ISO text already
-  }
-  return dayFromValue(value).toString(Qt::ISODate);
-}
-
 bool dayToAscii(const QDate& day, char* buffer) {
   int year = 0;
   int month = 0;
@@ -253,16 +238,6 @@ bool dayToAscii(const QDate& day, char* buffer) {
   buffer[7] = '-';
   digits(buffer + 8, dayOfMonth, 2);
   return true;
-}
-
-QVariant timestampCell(const QVariant& value) {
-  if (value.isNull()) {
-    return {};
-  }
-  if (value.typeId() == QMetaType::QDateTime) {
-    return value.toDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-  }
-  return value.toString().left(19).replace(u'T', u' ');
 }
 
 std::optional<QDate> parseIsoDay(QStringView text) {

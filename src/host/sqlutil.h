@@ -3,9 +3,8 @@
 // the query or the text of what went wrong; money held as whole cents; days and times as the host
 // writes them into replies.
 
-#include "sqldialect.h"
-
 #include "messaging/result.h"
+#include "messaging/sqldialect.h"
 
 #include <QDate>
 #include <QHash>
@@ -21,6 +20,11 @@
 #include <optional>
 
 namespace adjustacc::host {
+
+using messaging::SqlDialect;
+
+// The dialect of a connection the host works on, or why the host can not work on it.
+messaging::Result<SqlDialect> hostDialect(const QString& driverName);
 
 // A connection with its dialect. Every statement goes through here, with its values bound: no text from a
 // request is ever spliced into SQL.
@@ -83,14 +87,8 @@ std::optional<qint64> parseCents(QStringView text);
 QString centsForDisplay(qint64 cents);
 
 // --- days --------------------------------------------------------------------------------------------------
-// A day read from either database (ISO text or a QDate); invalid for null.
-QDate dayFromValue(const QVariant& value);
-// "yyyy-mm-dd" (or null) for a reply cell.
-QVariant dayCell(const QVariant& value);
 // A day of years 1 to 9999 as "yyyy-mm-dd" into `buffer` (10 bytes); false for other days.
 bool dayToAscii(const QDate& day, char* buffer);
-// "yyyy-mm-dd HH:MM:SS" (or null) for a reply cell.
-QVariant timestampCell(const QVariant& value);
 // Reads exactly "yyyy-mm-dd" (a real calendar day).
 std::optional<QDate> parseIsoDay(QStringView text);
 
