@@ -1,7 +1,7 @@
 #pragma once
 // Small helpers around QSqlQuery that every handler uses: run a parameterised statement and get either
-// the query or the text of what went wrong; money held as whole cents; days and times as the host
-// writes them into replies.
+// the query or the text of what went wrong. Money is held as whole cents; amounts and days travel as
+// messaging/wirecodec.h writes them.
 
 #include "messaging/result.h"
 #include "messaging/sqldialect.h"
@@ -12,7 +12,6 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QString>
-#include <QStringView>
 #include <QVariant>
 #include <QVariantList>
 
@@ -75,21 +74,7 @@ private:
 // The text shown for a failed statement: what the host was doing and what the database said.
 QString databaseFailureText(const QSqlQuery& query);
 
-// --- money: whole cents in the database, "1234.50" in replies and requests -------------------------------
-QString centsToText(qint64 cents);
-// The same written into `buffer` (at least kCentsTextBytes long) as ASCII; returns how many bytes it took.
-inline constexpr int kCentsTextBytes = 24;
-int centsToAscii(qint64 cents, char* buffer);
-// Reads "1234.50", "1234.5", "1234", "-12.00", ".50"; at most two decimals (more are accepted only when
-// they are zeros, "12.5000"), at most eleven whole digits; no "$", "," or blanks.
-std::optional<qint64> parseCents(QStringView text);
-// "$1,234.50" for messages meant for clerks.
+// "$1,234.50" for messages meant for clerks (amounts travel as messaging/wirecodec.h writes them).
 QString centsForDisplay(qint64 cents);
-
-// --- days --------------------------------------------------------------------------------------------------
-// A day of years 1 to 9999 as "yyyy-mm-dd" into `buffer` (10 bytes); false for other days.
-bool dayToAscii(const QDate& day, char* buffer);
-// Reads exactly "yyyy-mm-dd" (a real calendar day).
-std::optional<QDate> parseIsoDay(QStringView text);
 
 }  // namespace adjustacc::host
