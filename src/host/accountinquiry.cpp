@@ -4,6 +4,7 @@
 #include "requestcheck.h"
 
 #include "messaging/formnumber.h"
+#include "messaging/wirecodec.h"
 
 namespace adjustacc::host {
 
@@ -14,7 +15,7 @@ namespace {
 
 const SectionBuilder& receivablesBuilder() {
   static const SectionBuilder builder(
-      QStringLiteral("ACNTSRCVBL"),
+      sectionnames::AccountReceivables,
       {{u"CUST_NAME"}, {u"ACCT_RCVBL_NBR"}, {u"ACCT_RCVBL_CK_NBR"}, {u"STP_DT", Cell::Day},
        {u"ORIG_ASSMT_AMT", Cell::Money}, {u"LTE_FEE_AMT", Cell::Money}, {u"ACRD_INTRST_AMT", Cell::Money},
        {u"ACCT_RCVBL_DUE_AMT", Cell::Money}, {u"ACCT_RCVBL_BAL_AMT", Cell::Money}, {u"ACCT_STTS_CD"},
@@ -36,9 +37,9 @@ const QList<int> kReceivableOrder = {13, 1};
 
 const SectionBuilder& receiptsBuilder() {
   static const SectionBuilder builder(
-      QStringLiteral("RECEIPT"), {{u"RCPT_DT", Cell::Day}, {u"RCPT_NBR"}, {u"RCPT_STTS_CD"},
-                                  {u"TOT_PYMT_AMT", Cell::Money}, {u"OVR_PYMT_AMT", Cell::Money}, {u"CUST_ID"},
-                                  {u"CNFRMTN_NBR"}, {u"ROW_VRSN_NBR"}});
+      sectionnames::Receipt, {{u"RCPT_DT", Cell::Day}, {u"RCPT_NBR"}, {u"RCPT_STTS_CD"},
+                              {u"TOT_PYMT_AMT", Cell::Money}, {u"OVR_PYMT_AMT", Cell::Money}, {u"CUST_ID"},
+                              {u"CNFRMTN_NBR"}, {u"ROW_VRSN_NBR"}});
   return builder;
 }
 
@@ -151,13 +152,11 @@ const SectionUnion& checkSections() {
 
 Outcome accountInquiry(const Context& context) {
   const QString kind = QStringLiteral("The account inquiry");
-  if (const QString problem =
-          checkParams(context.request, kind, {QStringLiteral("key:REF_NBR"), QStringLiteral("key:REF_TYP_CD")});
+  if (const QString problem = checkParams(context.request, kind, {params::RefNbr, params::RefTypCd});
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  Result<AccountReference> reference =
-      readReference(context, QStringLiteral("key:REF_NBR"), QStringLiteral("key:REF_TYP_CD"));
+  Result<AccountReference> reference = readReference(context, params::RefNbr, params::RefTypCd);
   if (!reference) {
     return refuse(reference.error());
   }
@@ -180,7 +179,7 @@ namespace {
 
 const SectionBuilder& assessmentBuilder() {
   static const SectionBuilder builder(
-      QStringLiteral("ASSESSMENT"),
+      sectionnames::Assessment,
       {{u"VLTN_ASSMT_STTS_CD"}, {u"VLTN_ASSMT_SEQ_NBR"}, {u"TRNSCTN_NBR"}, {u"CUST_ID"}, {u"CUST_NM"},
        {u"ASSMT_ISSUE_DT", Cell::Day}, {u"ADJSTMT_DT", Cell::Day}, {u"ASSMT_CD"}, {u"LIC_PRCHS_OPTN_IND"},
        {u"AC_ASMT_AMT", Cell::Money}, {u"CL_ASMT_AMT", Cell::Money}, {u"BAL_DUE_AMT", Cell::Money},
@@ -203,19 +202,16 @@ Result<RecordSet> assessmentSection(const Sql& sql, qint64 receivableId) {
 
 Outcome assessmentInquiry(const Context& context) {
   const QString kind = QStringLiteral("The assessment inquiry");
-  if (const QString problem = checkParams(context.request, kind,
-                                          {QStringLiteral("key:REF_NBR"), QStringLiteral("key:REF_TYP_CD"),
-                                           QStringLiteral("key:LPO")});
+  if (const QString problem = checkParams(context.request, kind, {params::RefNbr, params::RefTypCd, params::Lpo});
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  if (const QString problem = checkFlag(context.request, kind, QStringLiteral("key:LPO"), QStringLiteral("NO"),
+  if (const QString problem = checkFlag(context.request, kind, params::Lpo, params::No,
                                         QStringLiteral("the assessments without the account"), true);
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  Result<AccountReference> reference =
-      readReference(context, QStringLiteral("key:REF_NBR"), QStringLiteral("key:REF_TYP_CD"));
+  Result<AccountReference> reference = readReference(context, params::RefNbr, params::RefTypCd);
   if (!reference) {
     return refuse(reference.error());
   }
@@ -242,22 +238,21 @@ Outcome assessmentInquiry(const Context& context) {
 
 Outcome customerFormsInquiry(const Context& context) {
   static const SectionBuilder builder(
-      QStringLiteral("CUSTOMERFORM"),
+      sectionnames::CustomerForm,
       {{u"FORM_CK_DGT_NBR"}, {u"FORM_NBR"}, {u"STP_DT", Cell::Day}, {u"ASSMT_DUE_AMT", Cell::Money},
        {u"ORIG_ASSMT_AMT", Cell::Money}, {u"FORM_TYP_CD"}, {u"CTTN_STTS_CD"}, {u"BAL_DUE", Cell::Money},
        {u"LST_PYMT_DT", Cell::Day}});
   const QString kind = QStringLiteral("The customer's accounts inquiry");
-  if (const QString problem =
-          checkParams(context.request, kind, {QStringLiteral("key:CUST_ID"), QStringLiteral("key:REF_TYP_CD")});
+  if (const QString problem = checkParams(context.request, kind, {params::CustId, params::RefTypCd});
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  const QString customer = context.param(QStringLiteral("key:CUST_ID")).toUpper();
-  const QString type = context.param(QStringLiteral("key:REF_TYP_CD")).toUpper();
-  if (const QString problem = checkCode(QStringLiteral("key:CUST_ID"), customer); !problem.isEmpty()) {
+  const QString customer = context.param(params::CustId).toUpper();
+  const QString type = context.param(params::RefTypCd).toUpper();
+  if (const QString problem = checkCode(params::CustId, customer); !problem.isEmpty()) {
     return refuse(problem);
   }
-  if (const QString problem = checkCode(QStringLiteral("key:REF_TYP_CD"), type); !problem.isEmpty()) {
+  if (const QString problem = checkCode(params::RefTypCd, type); !problem.isEmpty()) {
     return refuse(problem);
   }
   // The Select Account box offers the status codes (CSTATUS) as well as form types, so the code chosen
@@ -280,17 +275,16 @@ Outcome customerFormsInquiry(const Context& context) {
 // --- customer search --------------------------------------------------------------------------------------------
 
 Outcome customerSearch(const Context& context) {
-  static const SectionBuilder builder(QStringLiteral("CUSTOMER"), {{u"CUST_ID"}, {u"CUST_NM"}, {u"ADDR_1"},
-                                                                   {u"ADDR_2"}, {u"CITY"}, {u"STATE"}, {u"ZIP"},
-                                                                   {u"ALERT_IND"}});
+  static const SectionBuilder builder(sectionnames::Customer, {{u"CUST_ID"}, {u"CUST_NM"}, {u"ADDR_1"},
+                                                              {u"ADDR_2"}, {u"CITY"}, {u"STATE"}, {u"ZIP"},
+                                                              {u"ALERT_IND"}});
   const QString kind = QStringLiteral("The customer search");
-  if (const QString problem =
-          checkParams(context.request, kind, {}, {QStringLiteral("key:CUST_ID"), QStringLiteral("key:CUST_NM")});
+  if (const QString problem = checkParams(context.request, kind, {}, {params::CustId, params::CustNm});
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  const QString id = context.param(QStringLiteral("key:CUST_ID")).toUpper();
-  const QString name = context.param(QStringLiteral("key:CUST_NM")).toUpper();
+  const QString id = context.param(params::CustId).toUpper();
+  const QString name = context.param(params::CustNm).toUpper();
   if (id.isEmpty() == name.isEmpty()) {
     return refuse(QStringLiteral("The customer search takes either key:CUST_ID or key:CUST_NM (part of the name)."));
   }
@@ -321,40 +315,38 @@ Outcome customerSearch(const Context& context) {
 // --- code tables -------------------------------------------------------------------------------------------------
 
 Outcome codeTableInquiry(const Context& context) {
-  static const SectionBuilder builder(QStringLiteral("QVR_CODE"),
+  static const SectionBuilder builder(sectionnames::CodeTable,
                                       {{u"CD_TBL_ID"}, {u"CD_TBL_CD"}, {u"CD_TBL_DES"}, {u"EFCTV_DT", Cell::Day},
                                        {u"END_DT", Cell::Day}, {u"REGION"}});
   static const QString kColumns =
       QStringLiteral("SELECT CD_TBL_ID, CD_TBL_CD, CD_TBL_DES, EFCTV_DT, END_DT, REGION FROM QVR_CODE "
                      "WHERE REGION = ? AND CD_TBL_ID = ? ");
   const QString kind = QStringLiteral("The code table inquiry");
-  const QString allKey = QStringLiteral("key:ALL");
-  const QString asOfKey = QStringLiteral("key:AS_OF_DT");
-  if (const QString problem = checkParams(context.request, kind, {QStringLiteral("key:CD_TBL_ID")},
-                                          {QStringLiteral("key:REGION"), asOfKey, allKey});
+  if (const QString problem = checkParams(context.request, kind, {params::CdTblId},
+                                          {params::Region, params::AsOfDt, params::All});
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  const QString table = context.param(QStringLiteral("key:CD_TBL_ID")).toUpper();
-  if (const QString problem = checkCode(QStringLiteral("key:CD_TBL_ID"), table); !problem.isEmpty()) {
+  const QString table = context.param(params::CdTblId).toUpper();
+  if (const QString problem = checkCode(params::CdTblId, table); !problem.isEmpty()) {
     return refuse(problem);
   }
-  QString region = context.param(QStringLiteral("key:REGION")).toUpper();
+  QString region = context.param(params::Region).toUpper();
   if (region.isEmpty()) {
     region = context.officer.region;
-  } else if (const QString problem = checkCode(QStringLiteral("key:REGION"), region); !problem.isEmpty()) {
+  } else if (const QString problem = checkCode(params::Region, region); !problem.isEmpty()) {
     return refuse(problem);
   }
   // key:ALL asks for the whole table, ended and future rows included: what a desktop keeps to describe the
   // codes old rows still carry.
-  if (const QString problem = checkFlag(context.request, kind, allKey, QStringLiteral("Y"),
+  if (const QString problem = checkFlag(context.request, kind, params::All, params::YesLetter,
                                         QStringLiteral("every row of the code table, whatever its dates"));
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  const bool all = !context.request.param(allKey).isNull();
+  const bool all = !context.request.param(params::All).isNull();
   if (all) {
-    if (!context.request.param(asOfKey).isNull()) {
+    if (!context.request.param(params::AsOfDt).isNull()) {
       return refuse(QStringLiteral("The code table inquiry takes key:ALL (every row, whatever its dates) or "
                                    "key:AS_OF_DT (the rows in effect on one day), not both."));
     }
@@ -369,8 +361,8 @@ Outcome codeTableInquiry(const Context& context) {
     return sections;
   }
   QDate day = context.today;
-  if (const QString asOf = context.param(asOfKey); !asOf.isEmpty()) {
-    const std::optional<QDate> parsed = parseIsoDay(asOf);
+  if (const QString asOf = context.param(params::AsOfDt); !asOf.isEmpty()) {
+    const std::optional<QDate> parsed = messaging::wire::readDay(asOf);
     if (!parsed) {
       return refuse(QStringLiteral("Parameter key:AS_OF_DT \"%1\" is not a date written yyyy-mm-dd.").arg(asOf));
     }
@@ -389,17 +381,17 @@ Outcome codeTableInquiry(const Context& context) {
 // --- officers ------------------------------------------------------------------------------------------------------
 
 Outcome officerInquiry(const Context& context) {
-  static const SectionBuilder officers(QStringLiteral("OFFICER"), {{u"OFFICER_ID"}, {u"OFFICER_NM"}, {u"REGION"}});
-  static const SectionBuilder rightsHeld(QStringLiteral("RIGHTS"), {{u"RIGHT_NM"}});
+  static const SectionBuilder officers(sectionnames::Officer, {{u"OFFICER_ID"}, {u"OFFICER_NM"}, {u"REGION"}});
+  static const SectionBuilder rightsHeld(sectionnames::Rights, {{u"RIGHT_NM"}});
   const QString kind = QStringLiteral("The officer inquiry");
-  if (const QString problem = checkParams(context.request, kind, {}, {QStringLiteral("key:OFFICER_ID")});
+  if (const QString problem = checkParams(context.request, kind, {}, {params::OfficerId});
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  QString id = context.param(QStringLiteral("key:OFFICER_ID")).toUpper();
+  QString id = context.param(params::OfficerId).toUpper();
   if (id.isEmpty()) {
     id = context.officer.id;
-  } else if (const QString problem = checkCode(QStringLiteral("key:OFFICER_ID"), id); !problem.isEmpty()) {
+  } else if (const QString problem = checkCode(params::OfficerId, id); !problem.isEmpty()) {
     return refuse(problem);
   }
   Sections sections;

@@ -15,7 +15,7 @@ namespace {
 
 const SectionBuilder& activityBuilder() {
   static const SectionBuilder builder(
-      QStringLiteral("ACCOUNTACTIVITY"),
+      sectionnames::AccountActivity,
       {{u"ACTVTY_SEQ_NBR"}, {u"ACTVTY_DT", Cell::Day}, {u"ACTVTY_TM"}, {u"ACCT_ACTVTY_CD"},
        {u"ACTVTY_AMT", Cell::Money}, {u"ACTVTY_BAL_AMT", Cell::Money}, {u"LST_UPDT_USER_ID"}, {u"ACTVTY_CMMT_TXT"},
        {u"ADTL_INFO_TXT"}, {u"ACCT_RCVBL_NBR"}, {u"ACCT_CK_DGT_NBR"}, {u"ACCT_RCVBL_TYP_CD"},
@@ -112,24 +112,23 @@ Result<RecordSet> activitySection(const Sql& sql, qint64 receivableId) {
 
 Outcome activityInquiry(const Context& context) {
   const QString kind = QStringLiteral("The account activity inquiry");
-  if (const QString problem = checkParams(context.request, kind,
-                                          {QStringLiteral("key:ACCT_RCVBL_NBR"), QStringLiteral("key:ACCT_RCVBL_TYP_CD")},
-                                          {QStringLiteral("key:THIN")});
+  if (const QString problem =
+          checkParams(context.request, kind, {params::AcctRcvblNbr, params::AcctRcvblTypCd}, {params::Thin});
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  if (const QString problem = checkFlag(context.request, kind, QStringLiteral("key:THIN"), QStringLiteral("YES"),
+  if (const QString problem = checkFlag(context.request, kind, params::Thin, params::Yes,
                                         QStringLiteral("the activity rows alone"));
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  const QString typed = context.param(QStringLiteral("key:ACCT_RCVBL_NBR"));
+  const QString typed = context.param(params::AcctRcvblNbr);
   const std::optional<AccountNumber> number = parseAccountNumber(typed);
   if (!number) {
     return refuse(QStringLiteral("Account Number \"%1\" is Invalid: up to seven digits are expected.").arg(typed));
   }
   Result<std::optional<Receivable>> receivable =
-      readReceivable(context.sql, context.param(QStringLiteral("key:ACCT_RCVBL_TYP_CD")).toUpper(), number->digits, false);
+      readReceivable(context.sql, context.param(params::AcctRcvblTypCd).toUpper(), number->digits, false);
   if (!receivable) {
     return refuse(receivable.error());
   }

@@ -63,7 +63,7 @@ Result<std::optional<Assessment>> findAssessment(const Sql& sql, qint64 receivab
   const QVariantList& v = *row.value();
   return std::optional<Assessment>(Assessment{
       v.at(0).toLongLong(), v.at(1).toString(), v.at(2).toString(), v.at(3).toLongLong(), v.at(4).toString(),
-      dayFromValue(v.at(5)), v.at(6).toLongLong(), v.at(7).toLongLong(), v.at(8).toString().trimmed().toUpper(),
+      SqlDialect::dayFromValue(v.at(5)), v.at(6).toLongLong(), v.at(7).toLongLong(), v.at(8).toString().trimmed().toUpper(),
       v.at(9).toString().trimmed().toUpper() == u"Y", v.at(10).toLongLong()});
 }
 
@@ -166,7 +166,7 @@ struct LpoDetails {
 
 Result<LpoDetails> readLpoRecord(const Context& context, const messaging::SaveRecord& record) {
   using R = Result<LpoDetails>;
-  const RecordReader r(record, QStringLiteral("CTTNADTNINFO"));
+  const RecordReader r(record, saverecords::CitationAdditionalInfo);
   if (r.code(QStringLiteral("ACTION")) != u"UPD") {
     return R::failure(r.refusal(QStringLiteral("ACTION must be UPD")));
   }
@@ -269,8 +269,8 @@ Outcome refreshed(const Context& context, qint64 receivableId) {
     return refuse(receivable.error());
   }
   Sections sections;
-  sections.insert(QStringLiteral("ASSESSMENT"), std::move(assessments.value()));
-  sections.insert(QStringLiteral("ACNTSRCVBL"), std::move(receivable.value()));
+  sections.insert(sectionnames::Assessment, std::move(assessments.value()));
+  sections.insert(sectionnames::AccountReceivables, std::move(receivable.value()));
   return sections;
 }
 
@@ -279,14 +279,12 @@ Outcome refreshed(const Context& context, qint64 receivableId) {
 Outcome saveArAdjustment(const Context& context) {
   const Sql& sql = context.sql;
   const QString kind = QStringLiteral("The account receivable adjustment");
-  if (const QString problem = checkParams(context.request, kind,
-                                          {QStringLiteral("key:REF_NBR"), QStringLiteral("key:REF_TYP_CD")},
-                                          {QStringLiteral("key:LPO")});
+  if (const QString problem = checkParams(context.request, kind, {params::RefNbr, params::RefTypCd}, {params::Lpo});
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  const QStringList taken = {QStringLiteral("ADJUSTAR"), QStringLiteral("ASSESSMENT"), QStringLiteral("CTTNADTNINFO"),
-                             QStringLiteral("ACCOUNTACTIVITY")};
+  const QStringList taken = {saverecords::AdjustAR, saverecords::Assessment, saverecords::CitationAdditionalInfo,
+                             saverecords::AccountActivity};
   for (const auto& list : context.request.records) {
     if (!taken.contains(list.name) && hasRecords(context.request, list.name)) {
       return refuse(QStringLiteral("The account receivable adjustment does not take %1 records.").arg(list.name));
@@ -295,29 +293,29 @@ Outcome saveArAdjustment(const Context& context) {
   if (!context.officer.has(rights::AdjustAR)) {
     return refuse(missingRightText(context.officer, rights::AdjustAR, QStringLiteral("adjust account receivables")));
   }
-  const QString typed = context.param(QStringLiteral("key:REF_NBR"));
+  const QString typed = context.param(params::RefNbr);
   const std::optional<AccountNumber> number = parseAccountNumber(typed);
   if (!number) {
     return refuse(QStringLiteral("Account Number \"%1\" is Invalid: up to seven digits are expected.").arg(typed));
   }
   Result<std::optional<Receivable>> read =
-      readReceivable(sql, context.param(QStringLiteral("key:REF_TYP_CD")).toUpper(), number->digits, true);
+      readReceivable(sql, context.param(params::RefTypCd).toUpper(), number->digits, true);
   if (!read) {
     return refuse(read.error());
   }
   if (!read.value()) {
     return refuse(QStringLiteral("Account receivable %1 %2 was not found.")
-                      .arg(context.param(QStringLiteral("key:REF_TYP_CD")), typed));
+                      .arg(context.param(params::RefTypCd), typed));
   }
   const Receivable receivable = *read.value();
   if (!number->checkDigit.isEmpty() && number->checkDigit != receivable.checkDigit) {
     return refuse(QStringLiteral("Check digit is not valid for account number %1-%2").arg(number->digits, number->checkDigit));
   }
   AuditedWriter writer(sql, context.writeContext());
-  const messaging::RecordList* header = context.request.recordList(QStringLiteral("ADJUSTAR"));
-  const bool adjusts = hasRecords(context.request, QStringLiteral("ADJUSTAR"));
-  if (!adjusts && (hasRecords(context.request, QStringLiteral("ASSESSMENT")) ||
-                   hasRecords(context.request, QStringLiteral("CTTNADTNINFO")))) {
+  const messaging::RecordList* header = context.request.recordList(saverecords::AdjustAR);
+  const bool adjusts = hasRecords(context.request, saverecords::AdjustAR);
+  if (!adjusts && (hasRecords(context.request, saverecords::Assessment) ||
+                   hasRecords(context.request, saverecords::CitationAdditionalInfo))) {
     return refuse(QStringLiteral("Assessment and License Purchase Option changes come with the ADJUSTAR record that "
                                  "says when and why."));
   }
@@ -325,7 +323,7 @@ Outcome saveArAdjustment(const Context& context) {
     if (header->records.size() != 1) {
       return refuse(QStringLiteral("An account receivable adjustment carries one ADJUSTAR record."));
     }
-    const RecordReader h(header->records.first(), QStringLiteral("ADJUSTAR"));
+    const RecordReader h(header->records.first(), saverecords::AdjustAR);
     if (h.code(QStringLiteral("ACTION")) != u"ADD") {
       return refuse(h.refusal(QStringLiteral("ACTION must be ADD")));
     }
@@ -374,12 +372,12 @@ Outcome saveArAdjustment(const Context& context) {
     if (adjusted.value() > context.today) {
       return refuse(QStringLiteral("Date Adjusted must be current date or a prior date"));
     }
-    const bool touchesAssessments = hasRecords(context.request, QStringLiteral("ASSESSMENT")) ||
-                                    hasRecords(context.request, QStringLiteral("CTTNADTNINFO"));
+    const bool touchesAssessments = hasRecords(context.request, saverecords::Assessment) ||
+                                    hasRecords(context.request, saverecords::CitationAdditionalInfo);
     if (formAction && touchesAssessments) {
       return refuse(QStringLiteral("You can not select Action and adjust a fee/penalty at the same time"));
     }
-    if (!formAction && !hasRecords(context.request, QStringLiteral("ASSESSMENT"))) {
+    if (!formAction && !hasRecords(context.request, saverecords::Assessment)) {
       return refuse(QStringLiteral("Please adjust the account receivables or the Fees/Penalties"));
     }
     const QString comment = h.text(QStringLiteral("ADJST_CMMT_TXT"));
@@ -404,7 +402,7 @@ Outcome saveArAdjustment(const Context& context) {
       }
     }
     Result<QList<AssessmentChange>> changes =
-        readAssessmentRecords(context, receivable, context.request.recordList(QStringLiteral("ASSESSMENT")), adjusted.value());
+        readAssessmentRecords(context, receivable, context.request.recordList(saverecords::Assessment), adjusted.value());
     if (!changes) {
       return refuse(changes.error());
     }
@@ -421,8 +419,8 @@ Outcome saveArAdjustment(const Context& context) {
     if (lpoFeesRemoved > 1) {
       return refuse(QStringLiteral("Adjust only one LPO at a time"));
     }
-    const messaging::RecordList* lpoList = context.request.recordList(QStringLiteral("CTTNADTNINFO"));
-    const bool hasLpo = hasRecords(context.request, QStringLiteral("CTTNADTNINFO"));
+    const messaging::RecordList* lpoList = context.request.recordList(saverecords::CitationAdditionalInfo);
+    const bool hasLpo = hasRecords(context.request, saverecords::CitationAdditionalInfo);
     if (hasLpo && lpoList->records.size() != 1) {
       return refuse(QStringLiteral("An adjustment carries at most one CTTNADTNINFO record."));
     }
@@ -536,8 +534,8 @@ Outcome saveArAdjustment(const Context& context) {
       }
     }
   }
-  if (const messaging::RecordList* activity = context.request.recordList(QStringLiteral("ACCOUNTACTIVITY"));
-      activity && hasRecords(context.request, QStringLiteral("ACCOUNTACTIVITY"))) {
+  if (const messaging::RecordList* activity = context.request.recordList(saverecords::AccountActivity);
+      activity && hasRecords(context.request, saverecords::AccountActivity)) {
     if (!adjusts && (receivable.status == u"D" || receivable.activity == u"I")) {
       return refuse(QStringLiteral("%1 is deleted or inactive; its activity can not be changed.").arg(receivable.what()));
     }

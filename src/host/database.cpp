@@ -1,6 +1,5 @@
 // Opening a connection to the host's database, on either driver.
 #include "hostsystem.h"
-#include "sqldialect.h"
 #include "sqlutil.h"
 
 #include <QSqlDatabase>
@@ -107,9 +106,9 @@ Result<DatabaseOptions> DatabaseOptions::fromPostgresConnectionString(const QStr
 }
 
 Result<bool> openDatabase(const DatabaseOptions& options, const QString& connectionName) {
-  if (options.driver != u"QSQLITE" && options.driver != u"QPSQL") {
-    return Result<bool>::failure(
-        QStringLiteral("The host runs on SQLite (QSQLITE) or PostgreSQL (QPSQL), not on \"%1\"").arg(options.driver));
+  const Result<SqlDialect> dialect = hostDialect(options.driver);
+  if (!dialect) {
+    return Result<bool>::failure(dialect.error());
   }
   if (QSqlDatabase::contains(connectionName)) {
     return Result<bool>::failure(QStringLiteral("A database connection named \"%1\" is already open").arg(connectionName));
@@ -144,10 +143,9 @@ Result<bool> openDatabase(const DatabaseOptions& options, const QString& connect
     if (!db.open()) {
       failure = QStringLiteral("The host's database could not be opened: %1").arg(db.lastError().text());
     } else {
-      const SqlDialect dialect(options.driver == u"QSQLITE" ? SqlDialect::Kind::Sqlite : SqlDialect::Kind::Postgres);
-      const Sql sql(db, dialect);
-      QStringList setup = dialect.sessionSetup();
-      if (!options.schema.isEmpty() && dialect.kind() == SqlDialect::Kind::Postgres) {
+      const Sql sql(db, dialect.value());
+      QStringList setup = dialect->sessionSetup();
+      if (!options.schema.isEmpty() && dialect->kind() == SqlDialect::Kind::Postgres) {
         setup.append(QStringLiteral("CREATE SCHEMA IF NOT EXISTS %1").arg(options.schema));
         setup.append(QStringLiteral("SET search_path TO %1").arg(options.schema));
       }

@@ -2,6 +2,7 @@
 
 #include "hostsystem.h"
 #include "receivable.h"
+#include "rights.h"
 #include "transaction.h"
 
 #include "messaging/formnumber.h"
@@ -313,16 +314,15 @@ const CodeRow kAccountTypes[] = {
 Result<bool> fillReferenceData(const Sql& sql, const QDate& today) {
   DemoWriter w(sql, today);
   w.officer(demo::Admin, QStringLiteral("Avery Lindqvist"), QStringLiteral("NE"),
-            {QStringLiteral("ADJUSTAR"), QStringLiteral("ADJUSTRECEIPT"), QStringLiteral("CREATEREFUND"),
-             QStringLiteral("QORVA_ActvityUpdate")});
+            {rights::AdjustAR, rights::AdjustReceipt, rights::CreateRefund, rights::ActivityUpdate});
   w.officer(demo::Clerk, QStringLiteral("Casey Moreno"), QStringLiteral("NE"), {});
   w.officer(demo::CancelOnly, QStringLiteral("Jordan Pike"), QStringLiteral("NE"),
-            {QStringLiteral("ADJUSTRECEIPT"), QStringLiteral("ADJUSTRCPTCANCELONLY")});
+            {rights::AdjustReceipt, rights::AdjustReceiptCancelOnly});
   w.officer(demo::Verifier, QStringLiteral("Riley Okafor"), QStringLiteral("NE"),
-            {QStringLiteral("ADJUSTAR"), QStringLiteral("ADJUSTRECEIPT"), QStringLiteral("CREATEREFUND")});
+            {rights::AdjustAR, rights::AdjustReceipt, rights::CreateRefund});
   w.officer(demo::Approver, QStringLiteral("Morgan Hale"), QStringLiteral("SW"),
-            {QStringLiteral("ADJUSTAR"), QStringLiteral("CREATEREFUND")});
-  w.officer(demo::Fiscal, QStringLiteral("Taylor Brandt"), QStringLiteral("NE"), {QStringLiteral("CREATEREFUND")});
+            {rights::AdjustAR, rights::CreateRefund});
+  w.officer(demo::Fiscal, QStringLiteral("Taylor Brandt"), QStringLiteral("NE"), {rights::CreateRefund});
   // The officer the system's own activity rows are recorded under; nobody signs on as it.
   w.exec(QStringLiteral("INSERT INTO OFFICER (OFFICER_ID, OFFICER_NM, REGION, ACTIVE_IND) VALUES (?, ?, ?, 'N')"),
          {QStringLiteral("SYSTEM"), QStringLiteral("System"), QStringLiteral("NE")});

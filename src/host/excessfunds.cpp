@@ -21,7 +21,7 @@ Result<std::optional<Receipt>> readReceipt(const Sql& sql, const QString& number
   Receipt receipt;
   receipt.number = v.at(0).toString();
   receipt.customerId = v.at(1).toString();
-  receipt.date = dayFromValue(v.at(2));
+  receipt.date = SqlDialect::dayFromValue(v.at(2));
   receipt.status = v.at(3).toString().trimmed().toUpper();
   receipt.confirmation = v.at(4).toString();
   receipt.total = v.at(5).toLongLong();

@@ -1,6 +1,7 @@
 #include "handlercontext.h"
 
 #include "messaging/sections.h"
+#include "messaging/wirecodec.h"
 
 #include <QMutex>
 #include <QStringList>
@@ -54,7 +55,8 @@ SectionBuilder::SectionBuilder(const QString& layoutName, std::initializer_list<
 RecordSet SectionBuilder::empty() const { return RecordSet(m_fields); }
 
 void SectionBuilder::appendRow(messaging::RecordSetWriter& writer, const QSqlQuery& query, int firstColumn) const {
-  char buffer[kCentsTextBytes];
+  static_assert(messaging::wire::kMoneyTextBytes >= messaging::wire::kDayTextBytes);
+  char buffer[messaging::wire::kMoneyTextBytes];
   for (size_t i = 0; i < m_slots.size(); ++i) {
     const Slot& slot = m_slots[i];
     if (slot.field < 0) {
@@ -72,17 +74,17 @@ void SectionBuilder::appendRow(messaging::RecordSetWriter& writer, const QSqlQue
       case Cell::Text:
         break;
       case Cell::Money:
-        writer.setUtf8(slot.field, std::string_view(buffer, size_t(centsToAscii(value.toLongLong(), buffer))));
+        writer.setUtf8(slot.field, std::string_view(buffer, size_t(messaging::wire::writeCents(value.toLongLong(), buffer))));
         break;
       case Cell::Day:
-        if (value.typeId() == QMetaType::QDate && dayToAscii(value.toDate(), buffer)) {
-          writer.setUtf8(slot.field, std::string_view(buffer, 10));
+        if (value.typeId() == QMetaType::QDate && messaging::wire::writeDay(value.toDate(), buffer)) {
+          writer.setUtf8(slot.field, std::string_view(buffer, messaging::wire::kDayTextBytes));
         } else {
-          writer.setValue(slot.field, dayCell(value));
+          writer.setValue(slot.field, SqlDialect::dayCell(value));
         }
         break;
       case Cell::Timestamp:
-        writer.setValue(slot.field, timestampCell(value));
+        writer.setValue(slot.field, SqlDialect::timestampCell(value));
         break;
     }
   }

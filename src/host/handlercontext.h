@@ -6,6 +6,7 @@
 #include "rights.h"
 #include "sqlutil.h"
 
+#include "messaging/protocolwords.h"
 #include "messaging/recordset.h"
 #include "messaging/request.h"
 #include "messaging/result.h"
@@ -20,6 +21,11 @@
 #include <vector>
 
 namespace adjustacc::host {
+
+// The protocol's words (shared with the screens): parameters, reply sections, save records.
+namespace params = messaging::params;
+namespace sectionnames = messaging::sectionnames;
+namespace saverecords = messaging::saverecords;
 
 using Sections = QMap<QString, messaging::RecordSet>;
 using Outcome = messaging::Result<Sections>;

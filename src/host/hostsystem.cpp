@@ -32,10 +32,9 @@ struct Route {
   QString error;  // why no handler answers (when handler is null)
 };
 
-bool hasParam(const Request& request, const char16_t* key) {
-  const QString name = QString::fromUtf16(key);
+bool hasParam(const Request& request, const QString& key) {
   for (const auto& param : request.params) {
-    if (param.key == name) {
+    if (param.key == key) {
       return true;
     }
   }
@@ -74,10 +73,10 @@ Route inquiry(const QString& name, Handler handler, const Request& request) {
 Route accountRoute(const Request& request) {
   const QStringList filled = filledRecordSets(request);
   if (!filled.isEmpty()) {
-    if (hasParam(request, u"key:RECEIPT_NBR")) {
+    if (hasParam(request, params::ReceiptNbr)) {
       return {QStringLiteral("The payment adjustment"), &savePaymentAdjustment, true, {}};
     }
-    if (hasParam(request, u"key:REF_NBR")) {
+    if (hasParam(request, params::RefNbr)) {
       return {QStringLiteral("The account receivable adjustment"), &saveArAdjustment, true, {}};
     }
     return {QString(), nullptr, false,
@@ -86,22 +85,22 @@ Route accountRoute(const Request& request) {
                 .arg(request.code)
                 .arg(parameterList(request))};
   }
-  if (hasParam(request, u"key:ACCT_RCVBL_NBR")) {
+  if (hasParam(request, params::AcctRcvblNbr)) {
     return inquiry(QStringLiteral("The account activity inquiry"), &activityInquiry, request);
   }
-  if (hasParam(request, u"key:RECEIPT_NBR")) {
+  if (hasParam(request, params::ReceiptNbr)) {
     return inquiry(QStringLiteral("The receipt detail inquiry"), &receiptDetailInquiry, request);
   }
-  if (hasParam(request, u"key:CUST_ID") && hasParam(request, u"key:RCPT_NBR")) {
+  if (hasParam(request, params::CustId) && hasParam(request, params::RcptNbr)) {
     return inquiry(QStringLiteral("The refund information inquiry"), &refundInfoInquiry, request);
   }
-  if (hasParam(request, u"key:CUST_ID")) {
+  if (hasParam(request, params::CustId)) {
     return inquiry(QStringLiteral("The customer's accounts inquiry"), &customerFormsInquiry, request);
   }
-  if (hasParam(request, u"key:LPO")) {
+  if (hasParam(request, params::Lpo)) {
     return inquiry(QStringLiteral("The assessment inquiry"), &assessmentInquiry, request);
   }
-  if (hasParam(request, u"key:REF_NBR")) {
+  if (hasParam(request, params::RefNbr)) {
     return inquiry(QStringLiteral("The account inquiry"), &accountInquiry, request);
   }
   return {QString(), nullptr, false,
@@ -111,23 +110,24 @@ Route accountRoute(const Request& request) {
 }
 
 Route route(const Request& request) {
+  namespace codes = messaging::requestcodes;
   switch (request.code) {
-    case 41:
-    case 47:
+    case codes::ReceivableDetail:
+    case codes::Account:
       return accountRoute(request);
-    case 60:
+    case codes::NextNumber:
       return {QStringLiteral("The number request"), &issueNumber, true, {}};
-    case 62:
+    case codes::CustomerSearch:
       return inquiry(QStringLiteral("The customer search"), &customerSearch, request);
-    case 63:
+    case codes::CodeTable:
       return inquiry(QStringLiteral("The code table inquiry"), &codeTableInquiry, request);
-    case 64:
+    case codes::Officer:
       return inquiry(QStringLiteral("The officer inquiry"), &officerInquiry, request);
-    case 74:
+    case codes::RefundWorksheet:
       return inquiry(QStringLiteral("The refund worksheet inquiry"), &worksheetInquiry, request);
-    case 75:
+    case codes::RefundWorksheetSave:
       return {QStringLiteral("The refund worksheet save"), &saveWorksheet, true, {}};
-    case 77:
+    case codes::ExcessFundTransfer:
       return {QStringLiteral("The transfer of an excess fund"), &saveTransfer, true, {}};
     default:
       return {QString(), nullptr, false, QStringLiteral("Request code %1 is not a request this host answers.").arg(request.code)};
@@ -200,7 +200,7 @@ HostSystem::HostSystem(QString connectionName) : d(new Impl) {
     d->openError = QStringLiteral("The host's database connection \"%1\" is not open.").arg(d->connectionName);
     return;
   }
-  Result<SqlDialect> dialect = SqlDialect::of(db);
+  Result<SqlDialect> dialect = hostDialect(db.driverName());
   if (!dialect) {
     d->openError = dialect.error();
     return;

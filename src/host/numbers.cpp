@@ -37,13 +37,12 @@ Result<std::optional<qint64>> takeNumber(AuditedWriter& writer, const QString& s
 }
 
 Outcome issueNumber(const Context& context) {
-  static const SectionBuilder builder(QStringLiteral("GetFormNumber"), {{u"U"}});
+  static const SectionBuilder builder(sectionnames::GetFormNumber, {{u"U"}});
   const QString kind = QStringLiteral("The number request");
-  if (const QString problem = checkParams(context.request, kind, {QStringLiteral("key:NBR_TYP_CD")});
-      !problem.isEmpty()) {
+  if (const QString problem = checkParams(context.request, kind, {params::NbrTypCd}); !problem.isEmpty()) {
     return refuse(problem);
   }
-  const QString series = context.param(QStringLiteral("key:NBR_TYP_CD")).toUpper();
+  const QString series = context.param(params::NbrTypCd).toUpper();
   Result<std::optional<QVariantList>> known =
       context.sql.firstRow(QStringLiteral("SELECT PUBLIC_IND FROM NBR_SEQ WHERE NBR_TYP_CD = ?"), {series});
   if (!known) {

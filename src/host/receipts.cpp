@@ -5,6 +5,8 @@
 #include "receivable.h"
 #include "requestcheck.h"
 
+#include "messaging/sections.h"
+
 #include <QSet>
 
 #include <algorithm>
@@ -19,14 +21,14 @@ namespace {
 
 const SectionBuilder& receiptBuilder() {
   static const SectionBuilder builder(
-      QStringLiteral("RECEIPT"), {{u"RCPT_DT", Cell::Day}, {u"RCPT_NBR"}, {u"RCPT_STTS_CD"},
-                                  {u"TOT_PYMT_AMT", Cell::Money}, {u"OVR_PYMT_AMT", Cell::Money}, {u"CUST_ID"},
-                                  {u"CNFRMTN_NBR"}, {u"ROW_VRSN_NBR"}});
+      sectionnames::Receipt, {{u"RCPT_DT", Cell::Day}, {u"RCPT_NBR"}, {u"RCPT_STTS_CD"},
+                              {u"TOT_PYMT_AMT", Cell::Money}, {u"OVR_PYMT_AMT", Cell::Money}, {u"CUST_ID"},
+                              {u"CNFRMTN_NBR"}, {u"ROW_VRSN_NBR"}});
   return builder;
 }
 
 const SectionBuilder& fundBuilder() {
-  static const SectionBuilder builder(QStringLiteral("FUND"),
+  static const SectionBuilder builder(sectionnames::Fund,
                                       {{u"FUND_RFRNC_NBR"}, {u"FUND_AMT", Cell::Money}, {u"FUND_TYP_CD"},
                                        {u"FRCPT_NBR"}, {u"EXPRTN_MO_DT"}, {u"EXPRTN_DY_DT"}, {u"EXPRTN_YR_DT"}});
   return builder;
@@ -34,7 +36,7 @@ const SectionBuilder& fundBuilder() {
 
 const SectionBuilder& paymentBuilder() {
   static const SectionBuilder builder(
-      QStringLiteral("ACNTSRCVBL:PAYMENTS"),
+      QString(messaging::sections::kReceiptPayments),
       {{u"CUST_ID"}, {u"CUST_NAME"}, {u"ACCT_RCVBL_NBR"}, {u"ACCT_RCVBL_DUE_DT", Cell::Day},
        {u"CL_PYMT_AMT", Cell::Money}, {u"ADJSTMT_DT", Cell::Day}, {u"ACTVTY_STTS_CD"}, {u"TRNSCTN_NBR"},
        {u"TRNSCTN_DT", Cell::Day}, {u"PYMT_DT", Cell::Day}, {u"PYMT_NBR"}, {u"STTS_CD"}, {u"ACCT_RCVBL_CK_NBR"},
@@ -45,7 +47,7 @@ const SectionBuilder& paymentBuilder() {
 
 const SectionBuilder& excessBuilder() {
   static const SectionBuilder builder(
-      QStringLiteral("OVERPAYMENT"),
+      sectionnames::Overpayment,
       {{u"CUST_NM"}, {u"OVR_PYMT_DT", Cell::Day}, {u"OVR_PYMT_TM"}, {u"DSTNTN_RCPT_NBR"},
        {u"OVR_PYMT_AMT", Cell::Money}, {u"CUST_ID"}, {u"ADDR_1"}, {u"ADDR_2"}, {u"CITY"}, {u"STATE"}, {u"ZIP"},
        {u"OVR_PYMT_STTS_CD"}, {u"ROW_VRSN_NBR"}});
@@ -100,17 +102,16 @@ Result<Sections> receiptDetailSections(const Sql& sql, const QString& receiptNum
 
 Outcome receiptDetailInquiry(const Context& context) {
   const QString kind = QStringLiteral("The receipt detail inquiry");
-  if (const QString problem = checkParams(context.request, kind, {QStringLiteral("key:RECEIPT_NBR")},
-                                          {QStringLiteral("key:RECEIPT_DETL")});
+  if (const QString problem = checkParams(context.request, kind, {params::ReceiptNbr}, {params::ReceiptDetl});
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  if (const QString problem = checkFlag(context.request, kind, QStringLiteral("key:RECEIPT_DETL"), QStringLiteral("YES"),
+  if (const QString problem = checkFlag(context.request, kind, params::ReceiptDetl, params::Yes,
                                         QStringLiteral("the receipt with its funds and payments"));
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  Result<QString> receipt = receiptParam(context, QStringLiteral("key:RECEIPT_NBR"));
+  Result<QString> receipt = receiptParam(context, params::ReceiptNbr);
   if (!receipt) {
     return refuse(receipt.error());
   }
@@ -118,20 +119,19 @@ Outcome receiptDetailInquiry(const Context& context) {
 }
 
 Outcome refundInfoInquiry(const Context& context) {
-  static const SectionBuilder builder(QStringLiteral("REFUND:INFO"),
+  static const SectionBuilder builder(QString(messaging::sections::kRefundInformation),
                                       {{u"CUST_ID"}, {u"CUST_NM"}, {u"ADDR_1"}, {u"ADR_2_ADR"}, {u"CITY"}, {u"STATE"},
                                        {u"ZIP"}, {u"RFND_NBR"}, {u"STTS_CD"}});
   const QString kind = QStringLiteral("The refund information inquiry");
-  if (const QString problem =
-          checkParams(context.request, kind, {QStringLiteral("key:CUST_ID"), QStringLiteral("key:RCPT_NBR")});
+  if (const QString problem = checkParams(context.request, kind, {params::CustId, params::RcptNbr});
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  Result<QString> receipt = receiptParam(context, QStringLiteral("key:RCPT_NBR"));
+  Result<QString> receipt = receiptParam(context, params::RcptNbr);
   if (!receipt) {
     return refuse(receipt.error());
   }
-  const QString customer = context.param(QStringLiteral("key:CUST_ID")).toUpper();
+  const QString customer = context.param(params::CustId).toUpper();
   Result<qint64> funds = context.sql.scalar(
       QStringLiteral("SELECT COUNT(*) FROM OVR_PYMT WHERE RCPT_NBR = ? AND CUST_ID = ?"), {receipt.value(), customer}, 0);
   if (!funds) {
@@ -188,7 +188,7 @@ Result<QList<Payment>> paymentsOf(const Sql& sql, const QString& receipt) {
   QList<Payment> payments;
   while (query.value().next()) {
     const QSqlQuery& q = query.value();
-    payments.append({q.value(0).toLongLong(), q.value(1).toLongLong(), q.value(2).toString(), dayFromValue(q.value(3)),
+    payments.append({q.value(0).toLongLong(), q.value(1).toLongLong(), q.value(2).toString(), SqlDialect::dayFromValue(q.value(3)),
                      q.value(4).toLongLong(), q.value(5).toString().trimmed().toUpper(), q.value(6).toLongLong(),
                      q.value(7).toString(), q.value(8).toString(), q.value(9).toString(), q.value(10).toString()});
   }
@@ -259,28 +259,28 @@ Result<PaymentChange> readPaymentRecord(const RecordReader& r, const QList<Payme
 
 Outcome savePaymentAdjustment(const Context& context) {
   const QString kind = QStringLiteral("The payment adjustment");
-  if (const QString problem = checkParams(context.request, kind, {QStringLiteral("key:RECEIPT_NBR")},
-                                          {QStringLiteral("key:RECEIPT_DETL")});
+  if (const QString problem = checkParams(context.request, kind, {params::ReceiptNbr}, {params::ReceiptDetl});
       !problem.isEmpty()) {
     return refuse(problem);
   }
   for (const auto& list : context.request.records) {
-    if (list.name != u"ADJUSTPAY" && list.name != u"ACNTSRCVBL" && hasRecords(context.request, list.name)) {
+    if (list.name != saverecords::AdjustPay && list.name != saverecords::AccountReceivables &&
+        hasRecords(context.request, list.name)) {
       return refuse(QStringLiteral("The payment adjustment does not take %1 records.").arg(list.name));
     }
   }
   if (!context.officer.has(rights::AdjustReceipt)) {
     return refuse(missingRightText(context.officer, rights::AdjustReceipt, QStringLiteral("adjust receipts")));
   }
-  Result<QString> receiptNumber = receiptParam(context, QStringLiteral("key:RECEIPT_NBR"));
+  Result<QString> receiptNumber = receiptParam(context, params::ReceiptNbr);
   if (!receiptNumber) {
     return refuse(receiptNumber.error());
   }
-  const messaging::RecordList* header = context.request.recordList(QStringLiteral("ADJUSTPAY"));
+  const messaging::RecordList* header = context.request.recordList(saverecords::AdjustPay);
   if (!header || header->records.size() != 1) {
     return refuse(QStringLiteral("A payment adjustment carries exactly one ADJUSTPAY record."));
   }
-  const RecordReader h(header->records.first(), QStringLiteral("ADJUSTPAY"));
+  const RecordReader h(header->records.first(), saverecords::AdjustPay);
   if (h.code(QStringLiteral("ACTION")) != u"ADD") {
     return refuse(h.refusal(QStringLiteral("ACTION must be ADD")));
   }
@@ -340,7 +340,7 @@ Outcome savePaymentAdjustment(const Context& context) {
   }
   QList<PaymentChange> changes;
   QSet<qint64> named;
-  if (const messaging::RecordList* list = context.request.recordList(QStringLiteral("ACNTSRCVBL"))) {
+  if (const messaging::RecordList* list = context.request.recordList(saverecords::AccountReceivables)) {
     for (qsizetype i = 0; i < list->records.size(); ++i) {
       const RecordReader r(list->records[i], QStringLiteral("ACNTSRCVBL record %1").arg(i + 1));
       Result<PaymentChange> change = readPaymentRecord(r, payments.value(), receipt.number);
@@ -457,11 +457,11 @@ Outcome savePaymentAdjustment(const Context& context) {
 
 Outcome saveTransfer(const Context& context) {
   const QString kind = QStringLiteral("The transfer of an excess fund");
-  if (const QString problem = checkParams(context.request, kind, {QStringLiteral("key:OVRG_RCPT")}); !problem.isEmpty()) {
+  if (const QString problem = checkParams(context.request, kind, {params::OvrgRcpt}); !problem.isEmpty()) {
     return refuse(problem);
   }
   for (const auto& list : context.request.records) {
-    if (list.name != u"TRANSFERPAY" && hasRecords(context.request, list.name)) {
+    if (list.name != saverecords::TransferPay && hasRecords(context.request, list.name)) {
       return refuse(QStringLiteral("The transfer does not take %1 records.").arg(list.name));
     }
   }
@@ -473,12 +473,12 @@ Outcome saveTransfer(const Context& context) {
                                  "transferred under it.")
                       .arg(context.officer.id, rights::AdjustReceiptCancelOnly));
   }
-  Result<QString> receiptNumber = receiptParam(context, QStringLiteral("key:OVRG_RCPT"));
+  Result<QString> receiptNumber = receiptParam(context, params::OvrgRcpt);
   if (!receiptNumber) {
     return refuse(receiptNumber.error());
   }
-  const messaging::RecordList* list = context.request.recordList(QStringLiteral("TRANSFERPAY"));
-  if (!list || !hasRecords(context.request, QStringLiteral("TRANSFERPAY"))) {
+  const messaging::RecordList* list = context.request.recordList(saverecords::TransferPay);
+  if (!list || !hasRecords(context.request, saverecords::TransferPay)) {
     return refuse(QStringLiteral("The transfer names no account receivable to receive the excess fund "
                                  "(no TRANSFERPAY records); nothing was transferred."));
   }

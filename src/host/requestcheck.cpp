@@ -1,8 +1,8 @@
 #include "requestcheck.h"
 
-#include "sqlutil.h"
-
+#include "messaging/protocolwords.h"
 #include "messaging/sections.h"
+#include "messaging/wirecodec.h"
 
 #include <QSet>
 
@@ -119,11 +119,11 @@ QString checkParams(const Request& request, const QString& kindName, const QStri
                     const QStringList& optional) {
   QSet<QString> seen;
   for (const auto& param : request.params) {
-    if (param.system != u"MARVENTO") {
+    if (param.system != messaging::params::System) {
       return QStringLiteral("%1: parameter %2 names the system \"%3\"; this host answers system MARVENTO.")
           .arg(kindName, param.key, param.system);
     }
-    if (param.op != u"=") {
+    if (param.op != messaging::params::Operator) {
       return QStringLiteral("%1: parameter %2 uses the operator \"%3\"; only \"=\" is supported.")
           .arg(kindName, param.key, param.op);
     }
@@ -175,7 +175,7 @@ Result<std::optional<QDate>> RecordReader::day(const QString& field) const {
   if (value.isEmpty()) {
     return std::optional<QDate>();
   }
-  const std::optional<QDate> parsed = parseIsoDay(value);
+  const std::optional<QDate> parsed = messaging::wire::readDay(value);
   if (!parsed) {
     return R::failure(refusal(QStringLiteral("%1 \"%2\" is not a date written yyyy-mm-dd").arg(field, value)));
   }
@@ -199,7 +199,7 @@ Result<std::optional<qint64>> RecordReader::cents(const QString& field) const {
   if (value.isEmpty()) {
     return std::optional<qint64>();
   }
-  const std::optional<qint64> parsed = parseCents(value);
+  const std::optional<qint64> parsed = messaging::wire::readCents(value);
   if (!parsed) {
     return R::failure(
         refusal(QStringLiteral("%1 \"%2\" is not an amount in dollars and cents such as 1234.50").arg(field, value)));

@@ -5,9 +5,8 @@
 // agency prints (account, receipt, refund numbers) as text. Rows that clerks change carry ROW_VRSN_NBR,
 // which replies hand out and saves hand back.
 
-#include "sqldialect.h"
-
 #include "messaging/result.h"
+#include "messaging/sqldialect.h"
 
 #include <QString>
 #include <QStringList>
@@ -18,7 +17,7 @@ namespace adjustacc::host {
 inline constexpr int kSchemaVersion = 1;
 
 // Every statement that creates the schema on this dialect, in order; each is idempotent.
-QStringList schemaStatements(const SqlDialect& dialect);
+QStringList schemaStatements(const messaging::SqlDialect& dialect);
 
 // Tables whose rows carry ROW_VRSN_NBR.
 bool tableHasRowVersion(const QString& table);

@@ -1,11 +1,7 @@
 #include "sqlutil.h"
 
-#include <QDateTime>
 #include <QSqlError>
 #include <QSqlRecord>
-
-#include <cstring>
-#include <iterator>
 
 namespace adjustacc::host {
 
@@ -20,12 +16,20 @@ QString databaseFailureText(const QSqlQuery& query) {
   return QStringLiteral("The host's database refused the request: %1").arg(text);
 }
 
+Result<SqlDialect> hostDialect(const QString& driverName) {
+  if (const std::optional<SqlDialect> dialect = SqlDialect::forDriver(driverName)) {
+    return *dialect;
+  }
+  return Result<SqlDialect>::failure(
+      QStringLiteral("The host runs on SQLite (QSQLITE) or PostgreSQL (QPSQL), not on \"%1\"").arg(driverName));
+}
+
 Result<Sql> Sql::onConnection(const QString& connectionName) {
   QSqlDatabase db = QSqlDatabase::database(connectionName, false);
   if (!db.isOpen()) {
     return Result<Sql>::failure(QStringLiteral("No open database connection named \"%1\"").arg(connectionName));
   }
-  Result<SqlDialect> dialect = SqlDialect::of(db);
+  Result<SqlDialect> dialect = hostDialect(db.driverName());
   if (!dialect) {
     return Result<Sql>::failure(dialect.error());
   }
@@ -128,77 +132,6 @@ Result<qint64> Sql::insertReturningId(const QString& statement, const QVariantLi
   return row.value()->first().toLongLong();
 }
 
-int centsToAscii(qint64 cents, char* buffer) {
-  // Written from the end of a scratch area, then moved to the front: replies carry hundreds of thousands of
-  // amounts.
-  char scratch[kCentsTextBytes];
-  char* end = scratch + kCentsTextBytes;
-  char* p = end;
-  const bool negative = cents < 0;
-  quint64 magnitude = negative ? quint64(0) - quint64(cents) : quint64(cents);
-  *--p = static_cast<char>('0' + magnitude % 10);
-  magnitude /= 10;
-  *--p = static_cast<char>('0' + magnitude % 10);
-  magnitude /= 10;
-  *--p = '.';
-  do {
-    *--p = static_cast<char>('0' + magnitude % 10);
-    magnitude /= 10;
-  } while (magnitude > 0);
-  if (negative) {
-    *--p = '-';
-  }
-  const auto length = static_cast<int>(end - p);
-  std::memcpy(buffer, p, static_cast<std::size_t>(length));
-  return length;
-}
-
-QString centsToText(qint64 cents) {
-  char buffer[kCentsTextBytes];
-  return QString::fromLatin1(buffer, centsToAscii(cents, buffer));
-}
-
-std::optional<qint64> parseCents(QStringView text) {
-  qsizetype i = 0;
-  bool negative = false;
-  if (i < text.size() && text[i] == u'-') {
-    negative = true;
-    ++i;
-  }
-  qint64 whole = 0;
-  int wholeDigits = 0;
-  while (i < text.size() && text[i] >= u'0' && text[i] <= u'9') {
-    if (++wholeDigits > 11) {
-      return std::nullopt;
-    }
-    whole = whole * 10 + (text[i].unicode() - u'0');
-    ++i;
-  }
-  qint64 fraction = 0;
-  int fractionDigits = 0;
-  if (i < text.size() && text[i] == u'.') {
-    ++i;
-    while (i < text.size() && text[i] >= u'0' && text[i] <= u'9') {
-      const int digit = text[i].unicode() - u'0';
-      if (fractionDigits < 2) {
-        fraction = fraction * 10 + digit;
-      } else if (digit != 0 || fractionDigits >= 4) {
-        return std::nullopt;  // fractions of a cent
-      }
-      ++fractionDigits;
-      ++i;
-    }
-  }
-  if (i != text.size() || (wholeDigits == 0 && fractionDigits == 0)) {
-    return std::nullopt;
-  }
-  if (fractionDigits == 1) {
-    fraction *= 10;
-  }
-  const qint64 cents = whole * 100 + fraction;
-  return negative ? -cents : cents;
-}
-
 QString centsForDisplay(qint64 cents) {
   const bool negative = cents < 0;
   const quint64 magnitude = negative ? quint64(0) - quint64(cents) : quint64(cents);
@@ -208,77 +141,6 @@ QString centsForDisplay(qint64 cents) {
   }
   const QString fraction = QStringLiteral("%1").arg(magnitude % 100, 2, 10, QLatin1Char('0'));
   return (negative ? QStringLiteral("-$") : QStringLiteral("$")) + whole + u'.' + fraction;
-}
-
-QDate dayFromValue(const QVariant& value) {
-  if (value.isNull()) {
-    return {};
-  }
-  if (value.typeId() == QMetaType::QDate) {
-    return value.toDate();
-  }
-  if (value.typeId() == QMetaType::QDateTime) {
-    return value.toDateTime().date();
-  }
-  return QDate::fromString(value.toString().left(10), Qt::ISODate);
-}
-
-QVariant dayCell(const QVariant& value) {
-  if (value.isNull()) {
-    return {};
-  }
-  if (value.typeId() == QMetaType::QString) {
-    return value;  // SQLite keeps days as ISO text already
-  }
-  return dayFromValue(value).toString(Qt::ISODate);
-}
-
-bool dayToAscii(const QDate& day, char* buffer) {
-  int year = 0;
-  int month = 0;
-  int dayOfMonth = 0;
-  day.getDate(&year, &month, &dayOfMonth);
-  if (!day.isValid() || year < 1 || year > 9999) {
-    return false;
-  }
-  const auto digits = [](char* at, int value, int count) {
-    for (int i = count - 1; i >= 0; --i) {
-      at[i] = static_cast<char>('0' + value % 10);
-      value /= 10;
-    }
-  };
-  digits(buffer, year, 4);
-  buffer[4] = '-';
-  digits(buffer + 5, month, 2);
-  buffer[7] = '-';
-  digits(buffer + 8, dayOfMonth, 2);
-  return true;
-}
-
-QVariant timestampCell(const QVariant& value) {
-  if (value.isNull()) {
-    return {};
-  }
-  if (value.typeId() == QMetaType::QDateTime) {
-    return value.toDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-  }
-  return value.toString().left(19).replace(u'T', u' ');
-}
-
-std::optional<QDate> parseIsoDay(QStringView text) {
-  if (text.size() != 10 || text[4] != u'-' || text[7] != u'-') {
-    return std::nullopt;
-  }
-  for (qsizetype i : {0, 1, 2, 3, 5, 6, 8, 9}) {
-    if (text[i] < u'0' || text[i] > u'9') {
-      return std::nullopt;
-    }
-  }
-  const QDate day = QDate::fromString(text.toString(), Qt::ISODate);
-  if (!day.isValid()) {
-    return std::nullopt;
-  }
-  return day;
 }
 
 }  // namespace adjustacc::host

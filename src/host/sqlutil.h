@@ -1,11 +1,10 @@
 #pragma once
 // Small helpers around QSqlQuery that every handler uses: run a parameterised statement and get either
-// the query or the text of what went wrong; money held as whole cents; days and times as the host
-// writes them into replies.
-
-#include "sqldialect.h"
+// the query or the text of what went wrong. Money is held as whole cents; amounts and days travel as
+// messaging/wirecodec.h writes them.
 
 #include "messaging/result.h"
+#include "messaging/sqldialect.h"
 
 #include <QDate>
 #include <QHash>
@@ -13,7 +12,6 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QString>
-#include <QStringView>
 #include <QVariant>
 #include <QVariantList>
 
@@ -21,6 +19,11 @@
 #include <optional>
 
 namespace adjustacc::host {
+
+using messaging::SqlDialect;
+
+// The dialect of a connection the host works on, or why the host can not work on it.
+messaging::Result<SqlDialect> hostDialect(const QString& driverName);
 
 // A connection with its dialect. Every statement goes through here, with its values bound: no text from a
 // request is ever spliced into SQL.
@@ -71,27 +74,7 @@ private:
 // The text shown for a failed statement: what the host was doing and what the database said.
 QString databaseFailureText(const QSqlQuery& query);
 
-// --- money: whole cents in the database, "1234.50" in replies and requests -------------------------------
-QString centsToText(qint64 cents);
-// The same written into `buffer` (at least kCentsTextBytes long) as ASCII; returns how many bytes it took.
-inline constexpr int kCentsTextBytes = 24;
-int centsToAscii(qint64 cents, char* buffer);
-// Reads "1234.50", "1234.5", "1234", "-12.00", ".50"; at most two decimals (more are accepted only when
-// they are zeros, "12.5000"), at most eleven whole digits; no "$", "," or blanks.
-std::optional<qint64> parseCents(QStringView text);
-// "$1,234.50" for messages meant for clerks.
+// "$1,234.50" for messages meant for clerks (amounts travel as messaging/wirecodec.h writes them).
 QString centsForDisplay(qint64 cents);
-
-// --- days --------------------------------------------------------------------------------------------------
-// A day read from either database (ISO text or a QDate); invalid for null.
-QDate dayFromValue(const QVariant& value);
-// "yyyy-mm-dd" (or null) for a reply cell.
-QVariant dayCell(const QVariant& value);
-// A day of years 1 to 9999 as "yyyy-mm-dd" into `buffer` (10 bytes); false for other days.
-bool dayToAscii(const QDate& day, char* buffer);
-// "yyyy-mm-dd HH:MM:SS" (or null) for a reply cell.
-QVariant timestampCell(const QVariant& value);
-// Reads exactly "yyyy-mm-dd" (a real calendar day).
-std::optional<QDate> parseIsoDay(QStringView text);
 
 }  // namespace adjustacc::host

@@ -21,7 +21,7 @@ namespace {
 
 const SectionBuilder& worksheetBuilder() {
   static const SectionBuilder builder(
-      QStringLiteral("REFUND"),
+      sectionnames::Refund,
       {{u"RCPT_NBR"}, {u"CUST_ID"}, {u"RFND_NBR"}, {u"RFND_AMT", Cell::Money}, {u"TO"}, {u"DT_MLD", Cell::Day},
        {u"CREATED_DT", Cell::Day}, {u"CREATOR_ID"}, {u"VERIFY_ID"}, {u"APPROVE_ID"}, {u"RFND_BY_ID"}, {u"VOID_ID"},
        {u"DMV_CMMT_TXT"}, {u"FISCAL_CMMT_TXT"}, {u"RFND_CD"}, {u"WRNT_NBR"}, {u"RFND_DT", Cell::Day}, {u"STTS_CD"},
@@ -84,7 +84,7 @@ Result<std::optional<Worksheet>> readWorksheet(const Sql& sql, const QString& nu
   const QVariantList& v = *row.value();
   return std::optional<Worksheet>(Worksheet{v.at(0).toString(), v.at(1).toString(), v.at(2).toString(),
                                             v.at(3).toLongLong(), v.at(4).toString(), v.at(5).toString(),
-                                            v.at(6).toString(), v.at(7).toString(), dayFromValue(v.at(8)),
+                                            v.at(6).toString(), v.at(7).toString(), SqlDialect::dayFromValue(v.at(8)),
                                             v.at(9).toLongLong()});
 }
 
@@ -262,12 +262,11 @@ Outcome prepare(const Context& context, const RecordReader& r, const QString& nu
 
 Outcome worksheetInquiry(const Context& context) {
   const QString kind = QStringLiteral("The refund worksheet inquiry");
-  if (const QString problem =
-          checkParams(context.request, kind, {QStringLiteral("key:CUST_ID"), QStringLiteral("key:REFUND_NBR")});
+  if (const QString problem = checkParams(context.request, kind, {params::CustId, params::RefundNbr});
       !problem.isEmpty()) {
     return refuse(problem);
   }
-  const QString typed = context.param(QStringLiteral("key:REFUND_NBR"));
+  const QString typed = context.param(params::RefundNbr);
   const std::optional<QString> number = refundNumberOf(typed);
   if (!number) {
     return refuse(QStringLiteral("\"%1\" is not a refund number.").arg(typed));
@@ -276,7 +275,7 @@ Outcome worksheetInquiry(const Context& context) {
   if (!set) {
     return refuse(set.error());
   }
-  const QString customer = context.param(QStringLiteral("key:CUST_ID")).toUpper();
+  const QString customer = context.param(params::CustId).toUpper();
   if (set->recordCount() == 0 || set->valueAt(0, QStringLiteral("CUST_ID")).toString() != customer) {
     return refuse(QStringLiteral("Refund worksheet %1 of customer %2 was not found.").arg(*number, customer));
   }
@@ -292,18 +291,18 @@ Outcome saveWorksheet(const Context& context) {
     return refuse(problem);
   }
   for (const auto& list : context.request.records) {
-    if (list.name != u"REFUND" && hasRecords(context.request, list.name)) {
+    if (list.name != saverecords::Refund && hasRecords(context.request, list.name)) {
       return refuse(QStringLiteral("The refund worksheet save does not take %1 records.").arg(list.name));
     }
   }
-  const messaging::RecordList* list = context.request.recordList(QStringLiteral("REFUND"));
+  const messaging::RecordList* list = context.request.recordList(saverecords::Refund);
   if (!list || list->records.size() != 1) {
     return refuse(QStringLiteral("A refund worksheet save carries exactly one REFUND record."));
   }
   if (!context.officer.has(rights::CreateRefund)) {
     return refuse(missingRightText(context.officer, rights::CreateRefund, QStringLiteral("work on refund worksheets")));
   }
-  const RecordReader r(list->records.first(), QStringLiteral("REFUND"));
+  const RecordReader r(list->records.first(), saverecords::Refund);
   const std::optional<QString> number = refundNumberOf(r.text(QStringLiteral("RFND_NBR")));
   if (r.isBlank(QStringLiteral("RFND_NBR"))) {
     return refuse(QStringLiteral("The Refund Number can not be found"));

@@ -1,9 +1,9 @@
 #include "sections.h"
 
-#include <QDate>
-#include <QDateTime>
+#include "protocolwords.h"
+#include "wirecodec.h"
+
 #include <QHash>
-#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -199,84 +199,84 @@ constexpr LayoutKind W = LayoutKind::SaveRecord;
 QList<SectionLayout> makeLayouts() {
   const QList<LayoutEntry> entries = {
       // ---- reply sections ----------------------------------------------------------------------------
-      {u"ACCOUNTACTIVITY"_s, R, u"activity log of one account receivable, newest first after sorting"_s,
+      {sectionnames::AccountActivity, R, u"activity log of one account receivable, newest first after sorting"_s,
        {u"ACTVTY_SEQ_NBR"_s, u"ACTVTY_DT"_s, u"ACTVTY_TM"_s, u"ACCT_ACTVTY_CD"_s, u"ACTVTY_AMT"_s,
         u"ACTVTY_BAL_AMT"_s, u"LST_UPDT_USER_ID"_s, u"ACTVTY_CMMT_TXT"_s, u"ACTION"_s, u"ADTL_INFO_TXT"_s,
         u"ACCT_RCVBL_NBR"_s, u"ACCT_CK_DGT_NBR"_s, u"ACCT_RCVBL_TYP_CD"_s, u"LST_UPDT_TS"_s, u"ROW_VRSN_NBR"_s}},
-      {u"ACNTSRCVBL"_s, R, u"account receivables of an account, for the Account Receivables list"_s,
+      {sectionnames::AccountReceivables, R, u"account receivables of an account, for the Account Receivables list"_s,
        {u"CUST_NAME"_s, u"FORM_DESC"_s, u"ACCT_RCVBL_NBR"_s, u"ACCT_RCVBL_CK_NBR"_s, u"STP_DT"_s,
         u"ORIG_ASSMT_AMT"_s, u"LTE_FEE_AMT"_s, u"ACRD_INTRST_AMT"_s, u"STTS_DESC"_s, u"ACCT_RCVBL_DUE_AMT"_s,
         u"ACCT_RCVBL_BAL_AMT"_s, u"ACCT_STTS_CD"_s, u"ACCT_RCVBL_TYP_CD"_s, u"ACTV_STTS_CD"_s, u"CASE_ID"_s,
         u"CUST_ID"_s, u"ROW_VRSN_NBR"_s}},
-      {u"ACNTSRCVBL:PAYMENTS"_s, R,
+      {QString(sections::kReceiptPayments), R,
        u"payments of one receipt against account receivables (sent as section ACNTSRCVBL with the receipt detail)"_s,
        {u"CUST_ID"_s, u"CUST_NAME"_s, u"FORM_DESC"_s, u"ACCT_RCVBL_NBR"_s, u"ACCT_RCVBL_DUE_DT"_s,
         u"CL_PYMT_AMT"_s, u"ADJSTMT_DT"_s, u"ACTVTY_STTS_DES"_s, u"ACTVTY_STTS_CD"_s, u"ACTION"_s,
         u"TRNSCTN_NBR"_s, u"TRNSCTN_DT"_s, u"PYMT_DT"_s, u"PYMT_NBR"_s, u"STTS_CD"_s, u"ACCT_RCVBL_CK_NBR"_s,
         u"ACCT_RCVBL_TYP_CD"_s, u"RCPT_NBR"_s, u"ACCT_STTS_CD"_s, u"ACTV_STTS_CD"_s, u"ASSMT_PP_TYP_CD"_s,
         u"INSTLMT_NBR"_s, u"ROW_VRSN_NBR"_s}},
-      {u"ASSESSMENT"_s, R, u"assessments (fees and penalties) of one account receivable"_s,
+      {sectionnames::Assessment, R, u"assessments (fees and penalties) of one account receivable"_s,
        {u"VLTN_ASSMT_STTS_CD"_s, u"VLTN_ASSMT_SEQ_NBR"_s, u"TRNSCTN_NBR"_s, u"CUST_ID"_s, u"CUST_NM"_s,
         u"ASSMT_ISSUE_DT"_s, u"ADJSTMT_DT"_s, u"ASSMT_CD"_s, u"LIC_PRCHS_OPTN_IND"_s, u"AC_ASMT_AMT"_s,
         u"CL_ASMT_AMT"_s, u"BAL_DUE_AMT"_s, u"STTS_IND"_s, u"ASSMT_TYP_CD"_s, u"ROW_VRSN_NBR"_s}},
-      {u"CUSTOMER"_s, R, u"customers found by the customer selector"_s,
+      {sectionnames::Customer, R, u"customers found by the customer selector"_s,
        {u"CUST_ID"_s, u"CUST_NM"_s, u"ADDR_1"_s, u"ADDR_2"_s, u"CITY"_s, u"STATE"_s, u"ZIP"_s, u"ALERT_IND"_s}},
-      {u"CUSTOMERFORM"_s, R, u"forms (accounts) of one customer and type, for the Select Account list"_s,
+      {sectionnames::CustomerForm, R, u"forms (accounts) of one customer and type, for the Select Account list"_s,
        {u"FORM_CK_DGT_NBR"_s, u"FORM_NBR"_s, u"FORM_NUMBER"_s, u"STP_DT"_s, u"CTTN_STTS_TXT"_s,
         u"ASSMT_DUE_AMT"_s, u"ORIG_ASSMT_AMT"_s, u"FORM_TYP_CD"_s, u"CTTN_STTS_CD"_s, u"BAL_DUE"_s,
         u"LST_PYMT_DT"_s}},
-      {u"GetFormNumber"_s, R, u"a number the host generated (the next refund number), one row"_s, {u"U"_s}},
-      {u"FUND"_s, R, u"funds that made up one receipt"_s,
+      {sectionnames::GetFormNumber, R, u"a number the host generated (the next refund number), one row"_s, {u"U"_s}},
+      {sectionnames::Fund, R, u"funds that made up one receipt"_s,
        {u"FUND_DESC"_s, u"FUND_RFRNC_NBR"_s, u"FUND_AMT"_s, u"FUND_TYP_CD"_s, u"FRCPT_NBR"_s, u"FUND_EXPR"_s,
         u"EXPRTN_MO_DT"_s, u"EXPRTN_DY_DT"_s, u"EXPRTN_YR_DT"_s}},
-      {u"OVERPAYMENT"_s, R, u"excess funds of one receipt"_s,
+      {sectionnames::Overpayment, R, u"excess funds of one receipt"_s,
        {u"CUST_NM"_s, u"OVR_PYMT_DT"_s, u"OVR_PYMT_TM"_s, u"FUND_DESC"_s, u"DSTNTN_RCPT_NBR"_s,
         u"OVR_PYMT_AMT"_s, u"CUST_ID"_s, u"ADDR_1"_s, u"ADDR_2"_s, u"CITY"_s, u"STATE"_s, u"ZIP"_s,
         u"OVR_PYMT_STTS_CD"_s, u"ROW_VRSN_NBR"_s}},
-      {u"OFFICER"_s, R, u"an officer: the signed-on one, or the one asked for by id"_s,
+      {sectionnames::Officer, R, u"an officer: the signed-on one, or the one asked for by id"_s,
        {u"OFFICER_ID"_s, u"OFFICER_NM"_s, u"REGION"_s}},
-      {u"QVR_CODE"_s, R, u"rows of one code table for one region: those in effect on a day, or all of them"_s,
+      {sectionnames::CodeTable, R, u"rows of one code table for one region: those in effect on a day, or all of them"_s,
        {u"CD_TBL_ID"_s, u"CD_TBL_CD"_s, u"CD_TBL_DES"_s, u"EFCTV_DT"_s, u"END_DT"_s, u"REGION"_s}},
-      {u"RECEIPT"_s, R, u"receipts of an account, for the Receipts list; one receipt with the receipt detail"_s,
+      {sectionnames::Receipt, R, u"receipts of an account, for the Receipts list; one receipt with the receipt detail"_s,
        {u"RCPT_DT"_s, u"RCPT_NBR"_s, u"RCPT_STTS_CD"_s, u"STTS_DESC"_s, u"TOT_PYMT_AMT"_s, u"OVR_PYMT_AMT"_s,
         u"CUST_ID"_s, u"CNFRMTN_NBR"_s, u"ROW_VRSN_NBR"_s}},
-      {u"REFUND"_s, R, u"one refund worksheet with its customer's name and address"_s,
+      {sectionnames::Refund, R, u"one refund worksheet with its customer's name and address"_s,
        {u"RCPT_NBR"_s, u"CUST_ID"_s, u"RFND_NBR"_s, u"RFND_AMT"_s, u"TO"_s, u"DT_MLD"_s, u"CREATED_DT"_s,
         u"CREATOR_ID"_s, u"VERIFY_ID"_s, u"APPROVE_ID"_s, u"RFND_BY_ID"_s, u"VOID_ID"_s, u"DMV_CMMT_TXT"_s,
         u"FISCAL_CMMT_TXT"_s, u"RFND_CD"_s, u"WRNT_NBR"_s, u"RFND_DT"_s, u"STTS_CD"_s, u"ACTION"_s, u"CUST_NM"_s,
         u"ADDR_1"_s, u"ADDR_2"_s, u"CITY"_s, u"STATE"_s, u"ZIP"_s, u"ROW_VRSN_NBR"_s}},
-      {u"REFUND:INFO"_s, R,
+      {QString(sections::kRefundInformation), R,
        u"refund information for a customer and receipt before a refund is created (sent as section REFUND)"_s,
        {u"CUST_ID"_s, u"RFND_NBR"_s, u"STTS_CD"_s, u"CUST_NM"_s, u"ADDR_1"_s, u"ADR_2_ADR"_s, u"CITY"_s,
         u"STATE"_s, u"ZIP"_s}},
-      {u"RIGHTS"_s, R, u"the rights the signed-on officer holds, one row each"_s, {u"RIGHT_NM"_s}},
+      {sectionnames::Rights, R, u"the rights the signed-on officer holds, one row each"_s, {u"RIGHT_NM"_s}},
 
       // ---- save records ------------------------------------------------------------------------------
-      {u"ACCOUNTACTIVITY"_s, W, u"activity rows added (ADD) or changed (UPD) on the Account Activity screen"_s,
+      {saverecords::AccountActivity, W, u"activity rows added (ADD) or changed (UPD) on the Account Activity screen"_s,
        {u"ACTION"_s, u"ACTVTY_SEQ_NBR"_s, u"ACCT_RCVBL_NBR"_s, u"ACCT_CK_DGT_NBR"_s, u"ACCT_RCVBL_TYP_CD"_s,
         u"ACTVTY_DT"_s, u"ACTVTY_TM"_s, u"ACCT_ACTVTY_CD"_s, u"ACTVTY_CMMT_TXT"_s, u"LST_UPDT_USER_ID"_s,
         u"LST_UPDT_TS"_s, u"ROW_VRSN_NBR"_s}},
-      {u"ACNTSRCVBL"_s, W, u"payments of a receipt to back out or cancel, one record per payment"_s,
+      {saverecords::AccountReceivables, W, u"payments of a receipt to back out or cancel, one record per payment"_s,
        {u"ACTION"_s, u"CUST_ID"_s, u"ACCT_RCVBL_TYP_CD"_s, u"ACCT_RCVBL_NBR"_s, u"ACCT_RCVBL_CK_NBR"_s,
         u"ADJST_ACTION"_s, u"CL_PYMT_AMT"_s, u"ADJSTMT_DT"_s, u"TRNSCTN_DT"_s, u"TRNSCTN_NBR"_s, u"ROW_VRSN_NBR"_s}},
-      {u"ADJUSTAR"_s, W, u"the adjustment of one account receivable: void, delete or fee/penalty adjustment"_s,
+      {saverecords::AdjustAR, W, u"the adjustment of one account receivable: void, delete or fee/penalty adjustment"_s,
        {u"ACTION"_s, u"CUST_ID"_s, u"ADJSTMT_DT"_s, u"ADJST_CMMT_TXT"_s, u"ADJSTMT_TYP_CD"_s, u"ACCT_RCVBL_NBR"_s,
         u"ACCT_RCVBL_CK_NBR"_s, u"ACCT_RCVBL_TYP_CD"_s, u"ROW_VRSN_NBR"_s}},
-      {u"ADJUSTPAY"_s, W, u"the adjustment of one receipt, with its date and comment"_s,
+      {saverecords::AdjustPay, W, u"the adjustment of one receipt, with its date and comment"_s,
        {u"ACTION"_s, u"ADJSTMT_DT"_s, u"ADJSTMT_CMMT_TXT"_s, u"ADJSTMT_TYP_CD"_s, u"RCPT_NBR"_s, u"ROW_VRSN_NBR"_s}},
-      {u"ASSESSMENT"_s, W, u"assessments removed (status I) or reinstated (status A), one record per assessment"_s,
+      {saverecords::Assessment, W, u"assessments removed (status I) or reinstated (status A), one record per assessment"_s,
        {u"ACTION"_s, u"CUST_ID"_s, u"TRNSCTN_NBR"_s, u"ASSMT_CD"_s, u"VLTN_ASSMT_SEQ_NBR"_s, u"ADJSTMT_DT"_s,
         u"LIC_PRCHS_OPTN_IND"_s, u"CL_ASMT_AMT"_s, u"AC_ASMT_AMT"_s, u"BAL_DUE_AMT"_s, u"VLTN_ASSMT_STTS_CD"_s,
         u"ROW_VRSN_NBR"_s}},
-      {u"CTTNADTNINFO"_s, W, u"License Purchase Option particulars of the adjusted form"_s,
+      {saverecords::CitationAdditionalInfo, W, u"License Purchase Option particulars of the adjusted form"_s,
        {u"ACTION"_s, u"PRCHS_OPTN_ST_CD"_s, u"PRCHS_OPTN_TAG_NBR"_s, u"PRCHS_OPTN_DT"_s, u"PRCHS_OPTN_TM"_s,
         u"PO_TRP_ID"_s, u"PO_TRP_DSTRCT_ID"_s, u"PRCHS_OPTN_WGT"_s, u"TOT_PRCHS_OPTN_AMT"_s,
         u"PRCHS_OPTN_TXT"_s}},
-      {u"REFUND"_s, W, u"one step of a refund worksheet (prepare, verify, approve, refund or transfer, mail) or its void"_s,
+      {saverecords::Refund, W, u"one step of a refund worksheet (prepare, verify, approve, refund or transfer, mail) or its void"_s,
        {u"ACTION"_s, u"CUST_ID"_s, u"RFND_NBR"_s, u"TO"_s, u"DT_MLD"_s, u"CREATED_DT"_s, u"CREATOR_ID"_s,
         u"VERIFY_ID"_s, u"APPROVE_ID"_s, u"RFND_BY_ID"_s, u"VOID_ID"_s, u"DMV_CMMT_TXT"_s, u"FISCAL_CMMT_TXT"_s,
         u"RFND_CD"_s, u"WRNT_NBR"_s, u"RFND_DT"_s, u"RFND_AMT"_s, u"RCPT_NBR"_s, u"STTS_CD"_s, u"ROW_VRSN_NBR"_s}},
-      {u"TRANSFERPAY"_s, W,
+      {saverecords::TransferPay, W,
        u"transfers of an excess fund to account receivables, one record per receiving account receivable"_s,
        {u"ACTION"_s, u"RCPT_NBR"_s, u"CUST_ID"_s, u"ACCT_RCVBL_TYP_CD"_s, u"ACCT_RCVBL_NBR"_s,
         u"ACCT_RCVBL_CK_NBR"_s, u"TRNSFR_AMT"_s}},
@@ -288,25 +288,6 @@ QList<SectionLayout> makeLayouts() {
   return layouts;
 }
 
-bool isDecimalNumber(const QString& text) {
-  static const QRegularExpression number(u"\\A-?[0-9]+(\\.[0-9]+)?\\z"_s);
-  return number.match(text).hasMatch();
-}
-
-bool isIsoDate(const QString& text) {
-  return text.size() == 10 && QDate::fromString(text, u"yyyy-MM-dd"_s).isValid();
-}
-
-bool isTimeStamp(const QString& text) {
-  static const QRegularExpression stamp(
-      u"\\A[0-9]{4}-[0-9]{2}-[0-9]{2}[T ][0-9]{2}:[0-9]{2}(:[0-9]{2}(\\.[0-9]{1,6})?)?\\z"_s);
-  if (!stamp.match(text).hasMatch())
-    return false;
-  QString iso = text;
-  iso[10] = u'T';
-  return QDateTime::fromString(iso, Qt::ISODateWithMs).isValid();
-}
-
 QString valueProblem(FieldType type, const QString& text) {
   if (text.isEmpty())
     return {};
@@ -314,11 +295,11 @@ QString valueProblem(FieldType type, const QString& text) {
     case FieldType::Text:
       return {};
     case FieldType::Number:
-      return isDecimalNumber(text) ? QString() : u"a number such as 1234.50 is expected"_s;
+      return wire::isNumber(text) ? QString() : u"a number such as 1234.50 is expected"_s;
     case FieldType::Date:
-      return isIsoDate(text) ? QString() : u"a date written yyyy-mm-dd is expected"_s;
+      return wire::readDay(text).has_value() ? QString() : u"a date written yyyy-mm-dd is expected"_s;
     case FieldType::DateTime:
-      return isTimeStamp(text) ? QString() : u"a time stamp written yyyy-mm-dd HH:MM:SS is expected"_s;
+      return wire::isTimestamp(text) ? QString() : u"a time stamp written yyyy-mm-dd HH:MM:SS is expected"_s;
   }
   return {};
 }

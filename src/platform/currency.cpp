@@ -1,5 +1,7 @@
 #include "currency.h"
 
+#include "messaging/wirecodec.h"
+
 #include <limits>
 #include <stdexcept>
 
@@ -64,6 +66,10 @@ Currency Currency::fromCents(std::int64_t cents) {
 
 messaging::Result<Currency> Currency::parse(QStringView text) {
   QStringView body = text.trimmed();
+  // Most amounts come from the host, written as the wire writes them; the clerk's forms are read below.
+  if (const std::optional<std::int64_t> units = messaging::wire::readMoney(body)) {
+    return Currency(*units);
+  }
   if (body.isEmpty()) {
     return notAnAmount(text, QStringLiteral("the text is empty"));
   }
@@ -182,10 +188,8 @@ QString Currency::toDisplayText(NegativeStyle negative) const {
 }
 
 QString Currency::toHostText() const {
-  const Magnitude cents = centsMagnitude(m_units);
-  const QString amount =
-      QString::number(cents / 100) + QLatin1Char('.') + QStringLiteral("%1").arg(cents % 100, 2, 10, QLatin1Char('0'));
-  return (cents != 0 && m_units < 0) ? QLatin1Char('-') + amount : amount;
+  const auto cents = static_cast<std::int64_t>(centsMagnitude(m_units));
+  return messaging::wire::centsText(m_units < 0 ? -cents : cents);
 }
 
 Currency Currency::operator-() const {

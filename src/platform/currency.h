@@ -11,7 +11,8 @@
 //   -0.005 -> -0.01. Parsing more than four decimals rounds to four the same way.
 // - Shown as "$#,##0.00": "$1,234.50"; negatives with a minus sign before the dollar sign ("-$12.00"), or
 //   in parentheses ("($12.00)") where a list column asks for the accounting style.
-// - Sent to the host as plain text with two decimals and no "$" or ",": "1234.50", "-12.00".
+// - Sent to the host as the wire writes amounts (messaging/wirecodec.h): two decimals and no "$" or ",":
+//   "1234.50", "-12.00".
 
 #include "messaging/result.h"
 

@@ -1,8 +1,11 @@
 #include "datetimes.h"
 
+#include "messaging/wirecodec.h"
+
 #include <QRegularExpression>
 
 #include <array>
+#include <optional>
 
 namespace adjustacc::platform {
 
@@ -18,9 +21,9 @@ struct DateShape {
   const char* formName;
 };
 
-// The shapes parseAnyDate tries, in order; the first whose pattern matches decides.
-const std::array<DateShape, 7> kShapes{{
-    {DateFormat::Iso, "^([0-9]{4})-([0-9]{2})-([0-9]{2})$", Order::YearMonthDay, false, "yyyy-mm-dd"},
+// The shapes parseAnyDate tries after the wire's own ("yyyy-mm-dd", which the codec reads), in order; the
+// first whose pattern matches decides.
+const std::array<DateShape, 6> kShapes{{
     {DateFormat::MonthDayYearSlash, "^([0-9]{1,2})/([0-9]{1,2})/([0-9]{4})$", Order::MonthDayYear, false,
      "mm/dd/yyyy"},
     {DateFormat::MonthDayYearDash, "^([0-9]{1,2})-([0-9]{1,2})-([0-9]{4})$", Order::MonthDayYear, false,
@@ -90,7 +93,7 @@ QString formatDate(const QDate& date, DateFormat format) {
   }
   switch (format) {
     case DateFormat::Iso:
-      return date.toString(QStringLiteral("yyyy-MM-dd"));
+      return messaging::wire::dayText(date);
     case DateFormat::MonthDayYearDash:
       return date.toString(QStringLiteral("MM-dd-yyyy"));
     case DateFormat::MonthDayYearSlash:
@@ -127,6 +130,12 @@ QString formatTime(const QTime& time, TimeFormat format) {
 
 messaging::Result<QDate> parseDate(QStringView text, DateFormat format) {
   const QStringView trimmed = text.trimmed();
+  if (format == DateFormat::Iso) {
+    if (const std::optional<QDate> day = messaging::wire::readDay(trimmed)) {
+      return *day;
+    }
+    return messaging::Result<QDate>::failure(QStringLiteral("\"%1\" is not a date written yyyy-mm-dd").arg(text));
+  }
   const char* formName = nullptr;
   for (std::size_t i = 0; i < kShapes.size(); ++i) {
     if (kShapes[i].format != format) {
@@ -147,6 +156,9 @@ messaging::Result<QDate> parseDate(QStringView text, DateFormat format) {
 
 messaging::Result<QDate> parseAnyDate(QStringView text) {
   const QStringView trimmed = text.trimmed();
+  if (const std::optional<QDate> day = messaging::wire::readDay(trimmed)) {
+    return *day;
+  }
   for (std::size_t i = 0; i < kShapes.size(); ++i) {
     messaging::Result<QDate> out = QDate();
     if (readShape(i, trimmed, out) == Match::Matched) {

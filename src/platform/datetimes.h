@@ -2,7 +2,8 @@
 // Dates and times in every written form the screens and the host use.
 //
 // Dates
-//   Iso                "yyyy-mm-dd"  sent to the host, and how the host replies dates ("2024-03-07")
+//   Iso                "yyyy-mm-dd"  sent to the host, and how the host replies dates ("2024-03-07"); read and
+//                                   written by the wire codec (messaging/wirecodec.h)
 //   MonthDayYearDash   "mm-dd-yyyy"  written into grid cells by the screens ("03-07-2024")
 //   MonthDayYearSlash  "mm/dd/yyyy"  picker limits and filter literals ("01/01/1993", "#03/07/2024#")
 //   MonthDayShortYear  "mm-dd-yy"    the refund worksheet's mailing-date comparison ("03-07-24")

@@ -62,7 +62,7 @@ void NextNumber::startFetch(const QString& type, Slot& slot) {
   message->setVersion(m_session.versionText());
   message->setRequestCode(kRequestCode);
   message->setUser(m_user.officerId());
-  message->addParameter({QStringLiteral("MARVENTO"), QStringLiteral("key:NBR_TYP_CD"), QStringLiteral("="), type});
+  message->addParameter({messaging::params::System, messaging::params::NbrTypCd, messaging::params::Operator, type});
   message->setTimeoutInterval(m_session.updateTimeoutMs());
   connect(message, &messaging::RequestMessage::DataReady, this,
           [this, type, message](const QString& replyTo, const messaging::Reply& reply) {
@@ -88,7 +88,7 @@ void NextNumber::onReply(const QString& type, const QString& replyTo, const mess
     fail(reply.error);
     return;
   }
-  const auto section = reply.sections.constFind(QStringLiteral("GetFormNumber"));
+  const auto section = reply.sections.constFind(messaging::sectionnames::GetFormNumber);
   if (section == reply.sections.constEnd() || section->recordCount() != 1 || !section->hasField(QStringLiteral("U"))) {
     fail(QStringLiteral("the reply has no \"GetFormNumber\" row with a field \"U\""));
     return;

@@ -9,6 +9,7 @@
 // number ("0000000-0" when the host has none to give). A number fetched ahead but never asked for is not
 // used again: the sequence then has a gap, which the agency accepts (numbers must be unique, not dense).
 
+#include "messaging/protocolwords.h"
 #include "messaging/reply.h"
 
 #include <QHash>
@@ -29,7 +30,7 @@ class User;
 class NextNumber : public QObject {
   Q_OBJECT
 public:
-  static constexpr int kRequestCode = 60;
+  static constexpr int kRequestCode = messaging::requestcodes::NextNumber;
 
   NextNumber(messaging::HostLink& link, const SessionSettings& session, const User& user, QObject* parent = nullptr);
   ~NextNumber() override;

@@ -3,6 +3,9 @@
 #include "clock.h"
 #include "user.h"
 
+#include "messaging/sqldialect.h"
+#include "messaging/wirecodec.h"
+
 #include <QDate>
 #include <QLoggingCategory>
 #include <QSqlDatabase>
@@ -54,15 +57,8 @@ struct Candidate {
   }
 };
 
-QString dayText(const QVariant& value) {
-  if (value.isNull()) {
-    return {};
-  }
-  if (value.metaType().id() == QMetaType::QDate) {
-    return value.toDate().toString(QStringLiteral("yyyy-MM-dd"));
-  }
-  return value.toString().left(10);
-}
+// The day of a QVR_CODE date column as "yyyy-mm-dd", which compares as the calendar does; empty for null.
+QString dayText(const QVariant& value) { return messaging::SqlDialect::dayCell(value).toString(); }
 
 }  // namespace
 
@@ -127,7 +123,7 @@ const QHash<QString, SqlCodeLookup::Entry>& SqlCodeLookup::table(const QString& 
     return fail(sql.lastError().text());
   }
   const QString ownRegion = m_user.regionCode();
-  const QString day = today.toString(QStringLiteral("yyyy-MM-dd"));
+  const QString day = messaging::wire::dayText(today);
   QHash<QString, Candidate> best;
   while (sql.next()) {
     const QString codeKey = sql.value(0).toString().trimmed().toUpper();

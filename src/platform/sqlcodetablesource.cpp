@@ -1,12 +1,14 @@
 #include "sqlcodetablesource.h"
 
 #include "codetablequery.h"
-#include "sqldialect.h"
+
+#include "messaging/sqldialect.h"
 
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
 
+#include <optional>
 #include <utility>
 
 namespace adjustacc::platform {
@@ -39,9 +41,11 @@ messaging::Result<messaging::RecordSet> SqlCodeTableSource::run(const QString& q
     return R::failure(QStringLiteral("The code tables cannot be read: database connection \"%1\" is not open")
                           .arg(m_connectionName));
   }
-  const messaging::Result<SqlDialect> dialect = SqlDialect::forDriver(db.driverName());
+  const std::optional<messaging::SqlDialect> dialect = messaging::SqlDialect::of(db);
   if (!dialect) {
-    return R::failure(dialect.error());
+    return R::failure(
+        QStringLiteral("The code tables cannot be read through the database driver \"%1\" (QSQLITE or QPSQL expected)")
+            .arg(db.driverName()));
   }
 
   QSqlQuery sql(db);

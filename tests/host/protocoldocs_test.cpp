@@ -5,7 +5,6 @@
 #include "messaging/jsoncodec.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QRegularExpression>
 #include <QUuid>
 
@@ -17,7 +16,7 @@ using namespace Qt::Literals::StringLiterals;
 class ProtocolDocs : public HostTest {};
 
 QStringList requestExamples() {
-  QFile file(QFileInfo(QString::fromUtf8(__FILE__)).absolutePath() + u"/../../docs/protocol.md"_s);
+  QFile file(QStringLiteral(ADJUSTACC_SOURCE_DIR "/docs/protocol.md"));
   if (!file.open(QIODevice::ReadOnly)) {
     return {};
   }

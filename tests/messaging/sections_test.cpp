@@ -1,7 +1,6 @@
 #include "messaging/sections.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QSet>
 
 #include <gtest/gtest.h>
@@ -146,7 +145,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 // The protocol document lists the catalogue for people writing either side; keep the two together.
 TEST(SectionCatalogue, ProtocolDocumentNamesEveryLayoutAndField) {
-  const QString docs = QFileInfo(QString::fromUtf8(__FILE__)).absolutePath() + u"/../../docs/protocol.md"_s;
+  const QString docs = QStringLiteral(ADJUSTACC_SOURCE_DIR "/docs/protocol.md");
   QFile file(docs);
   if (!file.open(QIODevice::ReadOnly))
     GTEST_SKIP() << "source tree not available at " << docs.toStdString();

@@ -1,5 +1,7 @@
 #include "platform/currency.h"
 
+#include "messaging/wirecodec.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -148,6 +150,20 @@ TEST(CurrencyRoundTrip, HostTextReadsBackToTheSameCents) {
     EXPECT_EQ(Currency::parse(amount.toDisplayText()).value(), amount) << cents;
     EXPECT_EQ(Currency::parse(amount.toDisplayText(Currency::NegativeStyle::Parentheses)).value(), amount) << cents;
   }
+}
+
+// The desktop and the host read each other's amounts: what a screen sends is the host's whole cents, what the
+// host replies is the screen's amount, including the four-decimal and one-decimal forms the wire allows.
+TEST(CurrencyOnTheWire, ScreensAndHostAgreeOnEveryAmount) {
+  for (const std::int64_t cents : {0LL, 5LL, -5LL, 1999LL, -123456789LL, 9999999999999LL, -9999999999999LL}) {
+    const Currency amount = Currency::fromCents(cents);
+    EXPECT_EQ(adjustacc::messaging::wire::readCents(amount.toHostText()), cents) << cents;
+    EXPECT_EQ(Currency::parse(adjustacc::messaging::wire::centsText(cents)).value(), amount) << cents;
+  }
+  EXPECT_EQ(Currency::parse(u"12.3456").value().units(), 123456);
+  EXPECT_EQ(Currency::parse(u"-.5").value(), -Currency::fromCents(50));
+  EXPECT_EQ(Currency::parse(u"12.34565").value().units(), 123457) << "past the wire's four decimals: rounded";
+  EXPECT_EQ(Currency::fromUnits(-49).toHostText(), u"0.00") << "less than half a cent away from zero";
 }
 
 }  // namespace

@@ -1,19 +1,17 @@
 #include "sqldialect.h"
 
-namespace adjustacc::host {
+#include "wirecodec.h"
 
-using messaging::Result;
+namespace adjustacc::messaging {
 
-Result<SqlDialect> SqlDialect::of(const QSqlDatabase& db) {
-  const QString driver = db.driverName();
-  if (driver == u"QSQLITE") {
+std::optional<SqlDialect> SqlDialect::forDriver(QStringView driverName) {
+  if (driverName == u"QSQLITE") {
     return SqlDialect(Kind::Sqlite);
   }
-  if (driver == u"QPSQL") {
+  if (driverName == u"QPSQL") {
     return SqlDialect(Kind::Postgres);
   }
-  return Result<SqlDialect>::failure(
-      QStringLiteral("The host runs on SQLite (QSQLITE) or PostgreSQL (QPSQL), not on \"%1\"").arg(driver));
+  return std::nullopt;
 }
 
 QString SqlDialect::idColumn() const {
@@ -35,7 +33,7 @@ QVariant SqlDialect::dateValue(const QDate& date) const {
     return QVariant(QMetaType(m_kind == Kind::Sqlite ? QMetaType::QString : QMetaType::QDate));
   }
   if (m_kind == Kind::Sqlite) {
-    return date.toString(Qt::ISODate);
+    return wire::dayText(date);  // ISO text, which sorts and compares as the calendar does
   }
   return date;
 }
@@ -48,6 +46,41 @@ QVariant SqlDialect::timestampValue(const QDateTime& moment) const {
     return moment.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz"));
   }
   return moment;
+}
+
+QDate SqlDialect::dayFromValue(const QVariant& value) {
+  if (value.isNull()) {
+    return {};
+  }
+  if (value.typeId() == QMetaType::QDate) {
+    return value.toDate();
+  }
+  if (value.typeId() == QMetaType::QDateTime) {
+    return value.toDateTime().date();
+  }
+  const QString text = value.toString();
+  return wire::readDay(QStringView(text).left(wire::kDayTextBytes)).value_or(QDate());
+}
+
+QVariant SqlDialect::dayCell(const QVariant& value) {
+  if (value.isNull()) {
+    return {};
+  }
+  if (value.typeId() == QMetaType::QString) {
+    const QString text = value.toString();
+    return text.size() <= wire::kDayTextBytes ? value : QVariant(text.left(wire::kDayTextBytes));
+  }
+  return wire::dayText(dayFromValue(value));
+}
+
+QVariant SqlDialect::timestampCell(const QVariant& value) {
+  if (value.isNull()) {
+    return {};
+  }
+  if (value.typeId() == QMetaType::QDateTime) {
+    return value.toDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+  }
+  return value.toString().left(19).replace(u'T', u' ');
 }
 
 QString SqlDialect::beginWriteStatement() const {
@@ -119,4 +152,4 @@ bool SqlDialect::isConcurrencyConflict(const QSqlError& error) const {
   return code == u"40001" || code == u"40P01" || code == u"55P03";
 }
 
-}  // namespace adjustacc::host
+}  // namespace adjustacc::messaging

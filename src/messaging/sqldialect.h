@@ -1,10 +1,9 @@
 #pragma once
-// Everything that differs between the two databases the host runs on (SQLite for the embedded host,
-// PostgreSQL for the shared service) lives in this one class: column types, how a write transaction
-// starts, how the audit trail is made append-only, how a row is locked, how errors are told apart.
-// Every other file writes SQL that both databases accept.
-
-#include "messaging/result.h"
+// Everything that differs between the two databases this system keeps its data in (SQLite for the embedded
+// host and the desktop's own code-table reads, PostgreSQL for the shared service) lives in this one class:
+// column types, how values are bound and read back, how a write transaction starts, how the audit trail is
+// made append-only, how a row is locked, how errors are told apart. Every other file writes SQL that both
+// databases accept.
 
 #include <QDate>
 #include <QDateTime>
@@ -12,17 +11,22 @@
 #include <QSqlError>
 #include <QString>
 #include <QStringList>
+#include <QStringView>
 #include <QVariant>
 
-namespace adjustacc::host {
+#include <optional>
+
+namespace adjustacc::messaging {
 
 class SqlDialect {
 public:
   enum class Kind { Sqlite, Postgres };
 
   explicit SqlDialect(Kind kind) : m_kind(kind) {}
-  // The dialect of an open connection; an error for a driver the host does not support.
-  static messaging::Result<SqlDialect> of(const QSqlDatabase& db);
+  // The dialect of a driver ("QSQLITE", "QPSQL"), or nothing for a driver this system does not run on;
+  // the caller says in its own words what can then not be done.
+  static std::optional<SqlDialect> forDriver(QStringView driverName);
+  static std::optional<SqlDialect> of(const QSqlDatabase& db) { return forDriver(db.driverName()); }
 
   Kind kind() const { return m_kind; }
 
@@ -35,6 +39,14 @@ public:
   // What to bind for a calendar day / a moment so that the column type above receives it.
   QVariant dateValue(const QDate& date) const;
   QVariant timestampValue(const QDateTime& moment) const;
+
+  // --- values read back ----------------------------------------------------------------------------------
+  // A day as either database hands it back (ISO text from SQLite, a QDate from PostgreSQL); invalid for null.
+  static QDate dayFromValue(const QVariant& value);
+  // The same day as the wire writes it, "yyyy-mm-dd"; null for null.
+  static QVariant dayCell(const QVariant& value);
+  // A moment as replies carry it, "yyyy-mm-dd HH:MM:SS"; null for null.
+  static QVariant timestampCell(const QVariant& value);
 
   // --- transactions and locks --------------------------------------------------------------------------
   // Starts a write transaction. SQLite takes its write lock at once (so two writers never deadlock on
@@ -70,4 +82,4 @@ private:
   Kind m_kind;
 };
 
-}  // namespace adjustacc::host
+}  // namespace adjustacc::messaging
