@@ -275,8 +275,9 @@ protected:
     ASSERT_TRUE(m_connection->ok());
     QSqlQuery query(m_connection->db());
     // Only the officers table matters to the store; the rest of the schema is not needed here.
-    ASSERT_TRUE(query.exec(u"CREATE TABLE OFFICER (OFFICER_ID VARCHAR(16) PRIMARY KEY)"_s));
-    ASSERT_TRUE(query.exec(u"INSERT INTO OFFICER VALUES ('CLERK1'), ('CLERK2')"_s));
+    ASSERT_TRUE(query.exec(
+        u"CREATE TABLE OFFICER (OFFICER_ID VARCHAR(16) PRIMARY KEY, ACTIVE_IND CHAR(1) NOT NULL DEFAULT 'Y')"_s));
+    ASSERT_TRUE(query.exec(u"INSERT INTO OFFICER VALUES ('CLERK1', 'Y'), ('CLERK2', 'Y'), ('GONE1', 'N')"_s));
     m_store = std::make_unique<TokenStore>(m_connection->name());
     ASSERT_TRUE(m_store->ensureTable().ok());
     ASSERT_TRUE(m_store->ensureTable().ok()) << "creating the table is idempotent";
@@ -298,6 +299,15 @@ TEST_F(TokenStoreTest, IssuedTokensVerifyToTheirOfficer) {
   EXPECT_EQ(m_store->verify(other->token).officerId, u"CLERK2"_s);
   EXPECT_FALSE(m_store->issue(u"NOSUCH"_s).ok());
   EXPECT_FALSE(m_store->issue(u"  "_s).ok());
+}
+
+TEST_F(TokenStoreTest, AnInactiveOfficerIsGivenNoToken) {
+  const auto refused = m_store->issue(u"gone1"_s);
+  ASSERT_FALSE(refused.ok());
+  EXPECT_EQ(refused.error(), u"Officer GONE1 is not active; a token is issued only to an active officer."_s);
+  QSqlQuery query(m_connection->db());
+  ASSERT_TRUE(query.exec(u"SELECT COUNT(*) FROM HOST_TOKEN"_s) && query.next());
+  EXPECT_EQ(query.value(0).toInt(), 0) << "nothing is stored for it";
 }
 
 TEST_F(TokenStoreTest, ACachingStoreKeepsWhatItReadButStillChecksTheSecret) {
