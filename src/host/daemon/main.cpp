@@ -1,7 +1,8 @@
 // adjustacc-host: the shared agency host system as an HTTP+JSON service.
 //
-//   adjustacc-host init-db [--demo [--demo-day YYYY-MM-DD]]      DATABASE
-//   adjustacc-host serve [--listen ADDRESS] [--port N] [--workers N] [--tls-cert FILE --tls-key FILE] DATABASE
+//   adjustacc-host init-db [--demo [--demo-day YYYY-MM-DD]] [--service-role ROLE]   DATABASE
+//   adjustacc-host serve [--listen ADDRESS] [--port N] [--workers N] [--tls-cert FILE --tls-key FILE]
+//                        [--idle-timeout SECONDS] [--max-connections N]             DATABASE
 //   adjustacc-host token ISSUE --officer ID                     DATABASE
 //   adjustacc-host token REVOKE (--officer ID | --token-id ID)   DATABASE
 //   adjustacc-host token LIST                                    DATABASE
@@ -11,6 +12,7 @@
 
 #include "host/hostsystem.h"
 #include "host/httpservice.h"
+#include "host/schema.h"
 #include "host/tokens.h"
 
 #include <QCommandLineParser>
@@ -26,6 +28,9 @@
 
 #include <csignal>
 #include <cstdio>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -63,8 +68,11 @@ int usage(const QCommandLineParser& parser, const QString& problem) {
   }
   err() << parser.helpText();
   err() << "\nCommands:\n"
-           "  init-db [--demo [--demo-day YYYY-MM-DD]]   create the schema (and load the demo set)\n"
+           "  init-db [--demo [--demo-day YYYY-MM-DD]] [--service-role ROLE]\n"
+           "                                             create the schema (and load the demo set; give the\n"
+           "                                             service's own PostgreSQL role what it needs)\n"
            "  serve [--listen ADDRESS] [--port N] [--workers N] [--tls-cert FILE --tls-key FILE]\n"
+           "        [--idle-timeout SECONDS] [--max-connections N]\n"
            "                                             answer POST /v1/request and GET /v1/health\n"
            "  token ISSUE --officer ID                   issue a bearer token (printed once)\n"
            "  token REVOKE --officer ID | --token-id ID  revoke tokens\n"
@@ -146,6 +154,14 @@ int initDb(const QCommandLineParser& parser, const DatabaseOptions& options) {
       return fail(demo.error());
     }
     out() << "The demo set is loaded, laid out around " << day.toString(Qt::ISODate) << "." << Qt::endl;
+  }
+  if (parser.isSet(QStringLiteral("service-role"))) {
+    const QString role = parser.value(QStringLiteral("service-role"));
+    if (Result<bool> granted = adjustacc::host::grantServiceRole(kAdminConnection, role); !granted.ok()) {
+      return fail(granted.error());
+    }
+    out() << "Role " << role << " may now run the service: it reads, adds and changes rows, and only adds to the "
+          << "audit trail." << Qt::endl;
   }
   return kExitOk;
 }
@@ -248,6 +264,20 @@ int serve(const QCommandLineParser& parser, const DatabaseOptions& options) {
       return usage(parser, QStringLiteral("--workers wants a number from 1 to 64."));
     }
   }
+  HttpServiceOptions serviceOptions;
+  if (parser.isSet(QStringLiteral("idle-timeout"))) {
+    const double seconds = parser.value(QStringLiteral("idle-timeout")).toDouble(&ok);
+    if (!ok || seconds < 0.1 || seconds > 3600) {
+      return usage(parser, QStringLiteral("--idle-timeout wants a number of seconds from 0.1 to 3600."));
+    }
+    serviceOptions.idleTimeout = std::chrono::milliseconds(qRound64(seconds * 1000));
+  }
+  if (parser.isSet(QStringLiteral("max-connections"))) {
+    serviceOptions.maxConnections = parser.value(QStringLiteral("max-connections")).toInt(&ok);
+    if (!ok || serviceOptions.maxConnections < 1 || serviceOptions.maxConnections > 100000) {
+      return usage(parser, QStringLiteral("--max-connections wants a number from 1 to 100000."));
+    }
+  }
 
   {
     // Fail at once, with the reason, when the database cannot be used at all; make sure the token table exists.
@@ -265,13 +295,19 @@ int serve(const QCommandLineParser& parser, const DatabaseOptions& options) {
     if (Result<bool> table = TokenStore(kAdminConnection).ensureTable(); !table.ok()) {
       return fail(table.error());
     }
+    if (const Result<QString> role = adjustacc::host::serviceRoleProblem(kAdminConnection); !role.ok()) {
+      return fail(role.error());
+    } else if (!role->isEmpty()) {
+      qCWarning(lcDaemon, "%s: the service could take the audit trail's guard away; give it a role of its own "
+                          "(init-db --service-role ROLE, see docs/daemon.md)",
+                qUtf8Printable(role.value()));
+    }
   }
 
   if (!installSignalHandlers()) {
     return fail(QStringLiteral("Could not install the stop signal handlers."));
   }
 
-  HttpServiceOptions serviceOptions;
   serviceOptions.database = options;
   serviceOptions.workers = workers;
   HttpService service(serviceOptions);
@@ -326,6 +362,12 @@ int main(int argc, char** argv) {
   if (!qEnvironmentVariableIsSet("QT_NO_GLIB")) {
     qputenv("QT_NO_GLIB", "1");
   }
+#ifdef __GLIBC__
+  // Request bodies and replies of a megabyte or more come and go; mapped on their own, they go back to the
+  // system when freed. Left to glibc, the threshold climbs after the first large free, and the memory of a burst
+  // of large requests stays with the process.
+  mallopt(M_MMAP_THRESHOLD, 256 * 1024);
+#endif
   QCoreApplication app(argc, argv);
   QCoreApplication::setApplicationName(QStringLiteral("adjustacc-host"));
   QCoreApplication::setApplicationVersion(QStringLiteral(ADJUSTACC_VERSION));
@@ -348,6 +390,15 @@ int main(int argc, char** argv) {
        QStringLiteral("count")},
       {QStringLiteral("tls-cert"), QStringLiteral("serve: HTTPS certificate (PEM)."), QStringLiteral("file")},
       {QStringLiteral("tls-key"), QStringLiteral("serve: HTTPS private key (PEM)."), QStringLiteral("file")},
+      {QStringLiteral("idle-timeout"),
+       QStringLiteral("serve: seconds a connection may keep the service waiting before it is closed (default 15)."),
+       QStringLiteral("seconds")},
+      {QStringLiteral("max-connections"),
+       QStringLiteral("serve: open connections at most; more wait to be accepted (default 512)."),
+       QStringLiteral("count")},
+      {QStringLiteral("service-role"),
+       QStringLiteral("init-db: the PostgreSQL role the service runs as, given what it needs and no more."),
+       QStringLiteral("role")},
       {QStringLiteral("demo"), QStringLiteral("init-db: load the demo set.")},
       {QStringLiteral("demo-day"), QStringLiteral("init-db: the day the demo set is laid out around."),
        QStringLiteral("date")},
