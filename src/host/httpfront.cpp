@@ -19,7 +19,7 @@
 
 namespace adjustacc::host {
 
-Q_LOGGING_CATEGORY(lcHttp, "adjustacc.host.http")
+Q_LOGGING_CATEGORY(lcHttp, "adjustacc.host.http", QtInfoMsg)
 
 namespace {
 
