@@ -318,6 +318,7 @@ HttpConnection::HttpConnection(HttpFront& front, QTcpSocket* socket) : m_front(f
 }
 
 HttpConnection::~HttpConnection() {
+  m_socket->disconnect(this);
   // Requests a handler still holds answer nobody from now on.
   for (const std::shared_ptr<HttpExchange>& exchange : m_queue) {
     exchange->m_connection = nullptr;
