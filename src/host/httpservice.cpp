@@ -37,6 +37,7 @@ constexpr qsizetype kLogTextChars = 300;
 
 const QString kDatabaseUnavailable =
     QStringLiteral("The host system's database is not available at the moment; please try again later.");
+const QString kTooBusy = QStringLiteral("The host system is too busy to take the request; please try again.");
 const QString kDatabaseLost =
     QStringLiteral("The host system's database stopped answering while the request was carried out; please send "
                    "it again (a save that went through is never applied twice).");
@@ -290,7 +291,7 @@ void HttpService::handlePost(const std::shared_ptr<Pending>& pending) {
     return;
   }
   if (m_pool->queued() >= m_options.maxQueued) {
-    refuseUnsigned(pending, 503, QStringLiteral("The host system is too busy to take the request; please try again."));
+    refuseUnsigned(pending, 503, kTooBusy);
     return;
   }
   if (head.chunked || head.contentLength > kBodyAtHandBytes) {
@@ -329,7 +330,7 @@ void HttpService::checkTokenFirst(const std::shared_ptr<Pending>& pending, const
               return;
             }
             if (m_pool->queued() >= m_options.maxQueued) {
-              refuse(pending, 503, QStringLiteral("The host system is too busy to take the request; please try again."));
+              refuse(pending, 503, kTooBusy);
               return;
             }
             carryOut(pending, {}, officer, body);
