@@ -128,6 +128,16 @@ struct TokenVerdict {
   QString detail;
 };
 
+// The service's cache lifetimes, on the worker's token store and host system.
+void configure(HostSession& session, const HttpServiceOptions& options) {
+  if (TokenStore* tokens = session.tokens()) {
+    tokens->setCacheLifetime(options.tokenCacheLifetime);
+  }
+  if (HostSystem* system = session.system()) {
+    system->setOfficerCacheLifetime(options.officerCacheLifetime);
+  }
+}
+
 TokenVerdict verifyToken(HostSession& session, const QString& token) {
   if (!session.system()) {
     return {503, {}, kDatabaseUnavailable, session.error()};
@@ -310,9 +320,7 @@ void HttpService::handlePost(const std::shared_ptr<Pending>& pending) {
 
 void HttpService::checkTokenFirst(const std::shared_ptr<Pending>& pending, const QString& token) {
   m_pool->post([this, pending, token](HostSession& session) {
-    if (TokenStore* tokens = session.tokens()) {
-      tokens->setCacheLifetime(m_options.tokenCacheLifetime);
-    }
+    configure(session, m_options);
     const TokenVerdict verdict = verifyToken(session, token);
     QMetaObject::invokeMethod(
         this,
@@ -350,12 +358,7 @@ void HttpService::carryOut(const std::shared_ptr<Pending>& pending, const QStrin
       outcome.body = failureBody(replyTo, requestId, text);
     };
 
-    if (TokenStore* tokens = session.tokens()) {
-      tokens->setCacheLifetime(m_options.tokenCacheLifetime);
-    }
-    if (HostSystem* system = session.system()) {
-      system->setOfficerCacheLifetime(m_options.officerCacheLifetime);
-    }
+    configure(session, m_options);
     QString officer = officerId;
     if (officer.isEmpty()) {
       const TokenVerdict verdict = verifyToken(session, token);
