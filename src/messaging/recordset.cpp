@@ -471,9 +471,13 @@ std::optional<TextError> RecordSet::setFilter(const QString& filterText) {
     }
     filter = std::get<std::shared_ptr<const detail::FilterNode>>(std::move(parsed));
   }
-  auto rows = liveRows();
-  if (filter) {
-    rows = detail::applyFilter(*filter, *d, std::move(rows));
+  std::vector<std::uint32_t> rows;
+  if (!filter) {
+    rows = liveRows();
+  } else if (d->deletedCount == 0) {
+    rows = detail::applyFilterToAll(*filter, *d);
+  } else {
+    rows = detail::applyFilter(*filter, *d, liveRows());
   }
   View& w = mutableView();
   if (!w.sortKeys.empty()) {
