@@ -204,6 +204,18 @@ TEST_P(Worksheets, NumbersAreHandedOutOnceAndTheServiceSaysWhenItHasNone) {
   EXPECT_TRUE(nextNumber(u"Q"_s).error.contains(u"not one the host hands out"_s));
 }
 
+TEST_P(Worksheets, RefundNumbersGoOnlyToOfficersWhoMayCreateRefunds) {
+  for (const QString& officer : {demo::Clerk, demo::CancelOnly}) {
+    SCOPED_TRACE(officer.toStdString());
+    expectRefused(RequestBuilder(60, officer).param(u"key:NBR_TYP_CD"_s, u"F"_s),
+                  u"Officer %1 does not hold the right CREATEREFUND needed to be given refund numbers."_s.arg(officer));
+    expectRefused(RequestBuilder(60, officer).param(u"key:NBR_TYP_CD"_s, u"w"_s),
+                  u"does not hold the right CREATEREFUND needed to be given warrant numbers"_s);
+  }
+  EXPECT_EQ(cell(nextNumber(u"F"_s, demo::Fiscal), u"GetFormNumber"_s, 0, u"U"_s), messaging::makeFormNumber(3000009).value())
+      << "the refusals used up no number of the series";
+}
+
 INSTANTIATE_TEST_SUITE_P(Databases, Worksheets, ::testing::Values(Backend::Sqlite, Backend::Postgres), backendName);
 
 }  // namespace
