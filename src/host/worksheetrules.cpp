@@ -190,6 +190,13 @@ Result<PreparedWorksheet> checkPrepare(const RecordReader& r, const QString& num
   if (!facts.existing && facts.issued->used) {
     return R::failure(QStringLiteral("Refund number %1 is already used by another worksheet.").arg(number));
   }
+  // The number service records whom it gave each number to; a worksheet under another officer's number
+  // would leave that officer's number unaccounted for and let anyone pick up a number not meant for them.
+  if (!sameOfficer(facts.issued->officerId, officerId)) {
+    return R::failure(QStringLiteral("Refund number %1 was given to officer %2, not to %3; ask for a new refund "
+                                     "number to prepare a worksheet.")
+                          .arg(number, facts.issued->officerId, officerId));
+  }
   PreparedWorksheet prepared;
   prepared.customerId = r.code(QStringLiteral("CUST_ID"));
   if (prepared.customerId.isEmpty()) {

@@ -70,8 +70,8 @@ struct PreparedWorksheet {
   QString comment;    // DMV_CMMT_TXT
 };
 
-// A worksheet is prepared under a refund number the host gave out and not used yet, for the open excess
-// of a confirmed receipt of the customer. The first rule broken is refused.
+// A worksheet is prepared under a refund number the host gave to the officer who prepares it, and not
+// used yet, for the open excess of a confirmed receipt of the customer. The first rule broken is refused.
 messaging::Result<PreparedWorksheet> checkPrepare(const RecordReader& record, const QString& number,
                                                   const PrepareFacts& facts, const QString& officerId);
 

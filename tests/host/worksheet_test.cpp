@@ -216,6 +216,14 @@ TEST_P(Worksheets, RefundNumbersGoOnlyToOfficersWhoMayCreateRefunds) {
       << "the refusals used up no number of the series";
 }
 
+TEST_P(Worksheets, AWorksheetIsPreparedOnlyUnderANumberGivenToItsPreparer) {
+  const QString refund = cell(nextNumber(u"F"_s, demo::Verifier), u"GetFormNumber"_s, 0, u"U"_s).left(7);
+  expectRefused(prepare(refund, u"10.00"_s, demo::Fiscal),
+                u"Refund number %1 was given to officer VERIFY01, not to FISCAL01; ask for a new refund number"_s.arg(refund));
+  const Reply read = ok(prepare(refund, u"10.00"_s, demo::Verifier));
+  EXPECT_EQ(cell(read, u"REFUND"_s, 0, u"CREATOR_ID"_s), demo::Verifier);
+}
+
 // The host's setting decides whether the preparer may approve and then refund (the screens' rule: only
 // neighbouring steps differ), or four different officers must do the four steps.
 TEST_P(Worksheets, TheDutySettingDecidesWhoMayApproveAndRefund) {

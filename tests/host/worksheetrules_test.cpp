@@ -216,6 +216,9 @@ INSTANTIATE_TEST_SUITE_P(
                     u"Refund number 3000100 was not given out by the host; ask for a new refund number."},
         PrepareCase{"NumberUsed", [](PrepareFacts& f) { f.issued->used = true; },
                     u"Refund number 3000100 is already used by another worksheet."},
+        PrepareCase{"NumberOfAnotherOfficer", [](PrepareFacts& f) { f.issued->officerId = u"VER"_s; },
+                    u"Refund number 3000100 was given to officer VER, not to PREP; ask for a new refund number to "
+                    u"prepare a worksheet."},
         PrepareCase{"WorksheetOnFile",
                     [](PrepareFacts& f) {
                       f.existing = approvedWorksheet();
