@@ -220,6 +220,7 @@ void HttpService::handlePost(const QHttpServerRequest& request, QHttpServerRespo
     }
     if (HostSystem* system = session.system()) {
       system->setOfficerCacheLifetime(m_options.officerCacheLifetime);
+      system->setDutySeparation(m_options.dutySeparation);
     }
     if (!session.system()) {
       const auto [replyTo, requestId] = envelopeOf(body);

@@ -44,6 +44,8 @@ struct HttpServiceOptions {
   std::chrono::milliseconds tokenCacheLifetime{5000};
   // How long a worker's inquiries go by what it read of an officer (active, rights); saves always read afresh.
   std::chrono::milliseconds officerCacheLifetime = HostSystem::kDefaultOfficerCacheLifetime;
+  // Which officers of a refund worksheet must differ (HostSystem::setDutySeparation).
+  DutySeparation dutySeparation = DutySeparation::NeighbouringSteps;
 };
 
 // What the service logs for each request it answered.

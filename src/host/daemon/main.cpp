@@ -1,7 +1,8 @@
 // adjustacc-host: the shared agency host system as an HTTP+JSON service.
 //
 //   adjustacc-host init-db [--demo [--demo-day YYYY-MM-DD]]      DATABASE
-//   adjustacc-host serve [--listen ADDRESS] [--port N] [--workers N] [--tls-cert FILE --tls-key FILE] DATABASE
+//   adjustacc-host serve [--listen ADDRESS] [--port N] [--workers N] [--tls-cert FILE --tls-key FILE]
+//                        [--duty-separation neighbouring|four-officers]                              DATABASE
 //   adjustacc-host token ISSUE --officer ID                     DATABASE
 //   adjustacc-host token REVOKE (--officer ID | --token-id ID)   DATABASE
 //   adjustacc-host token LIST                                    DATABASE
@@ -25,6 +26,7 @@
 #include <QTimer>
 
 #include <csignal>
+#include <optional>
 #include <cstdio>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -32,6 +34,7 @@
 namespace {
 
 using adjustacc::host::DatabaseOptions;
+using adjustacc::host::DutySeparation;
 using adjustacc::host::HttpService;
 using adjustacc::host::HttpServiceOptions;
 using adjustacc::host::TokenStore;
@@ -65,6 +68,7 @@ int usage(const QCommandLineParser& parser, const QString& problem) {
   err() << "\nCommands:\n"
            "  init-db [--demo [--demo-day YYYY-MM-DD]]   create the schema (and load the demo set)\n"
            "  serve [--listen ADDRESS] [--port N] [--workers N] [--tls-cert FILE --tls-key FILE]\n"
+           "        [--duty-separation neighbouring|four-officers]\n"
            "                                             answer POST /v1/request and GET /v1/health\n"
            "  token ISSUE --officer ID                   issue a bearer token (printed once)\n"
            "  token REVOKE --officer ID | --token-id ID  revoke tokens\n"
@@ -241,6 +245,12 @@ int serve(const QCommandLineParser& parser, const DatabaseOptions& options) {
   if (!ok || port > 65535) {
     return usage(parser, QStringLiteral("--port wants a number from 0 to 65535."));
   }
+  const QString dutyText = parser.value(QStringLiteral("duty-separation"));
+  const std::optional<DutySeparation> duties = adjustacc::host::dutySeparationFromName(dutyText);
+  if (!duties) {
+    return usage(parser,
+                 QStringLiteral("--duty-separation wants neighbouring or four-officers, not \"%1\".").arg(dutyText));
+  }
   int workers = 0;
   if (parser.isSet(QStringLiteral("workers"))) {
     workers = parser.value(QStringLiteral("workers")).toInt(&ok);
@@ -274,6 +284,7 @@ int serve(const QCommandLineParser& parser, const DatabaseOptions& options) {
   HttpServiceOptions serviceOptions;
   serviceOptions.database = options;
   serviceOptions.workers = workers;
+  serviceOptions.dutySeparation = *duties;
   HttpService service(serviceOptions);
   const QString certificate = parser.value(QStringLiteral("tls-cert"));
   const QString key = parser.value(QStringLiteral("tls-key"));
@@ -289,9 +300,10 @@ int serve(const QCommandLineParser& parser, const DatabaseOptions& options) {
   if (!bound.ok()) {
     return fail(bound.error());
   }
-  qCInfo(lcDaemon, "listening on %s port %u (%s) with %d worker(s) on %s", qUtf8Printable(address.toString()),
-         unsigned{bound.value()}, certificate.isEmpty() ? "http" : "https", service.workerCount(),
-         options.driver == QLatin1String("QPSQL") ? "PostgreSQL" : "SQLite");
+  qCInfo(lcDaemon, "listening on %s port %u (%s) with %d worker(s) on %s; separation of duties: %s",
+         qUtf8Printable(address.toString()), unsigned{bound.value()}, certificate.isEmpty() ? "http" : "https",
+         service.workerCount(), options.driver == QLatin1String("QPSQL") ? "PostgreSQL" : "SQLite",
+         qUtf8Printable(adjustacc::host::dutySeparationName(*duties)));
 
   QSocketNotifier notifier(g_signalPipe[0], QSocketNotifier::Read);
   bool stopping = false;
@@ -348,6 +360,11 @@ int main(int argc, char** argv) {
        QStringLiteral("count")},
       {QStringLiteral("tls-cert"), QStringLiteral("serve: HTTPS certificate (PEM)."), QStringLiteral("file")},
       {QStringLiteral("tls-key"), QStringLiteral("serve: HTTPS private key (PEM)."), QStringLiteral("file")},
+      {QStringLiteral("duty-separation"),
+       QStringLiteral("serve: which refund worksheet officers must differ: neighbouring (the preparer does not verify, "
+                      "the verifier does not approve; the default) or four-officers (prepare, verify, approve and "
+                      "refund by four different officers)."),
+       QStringLiteral("rule"), QStringLiteral("neighbouring")},
       {QStringLiteral("demo"), QStringLiteral("init-db: load the demo set.")},
       {QStringLiteral("demo-day"), QStringLiteral("init-db: the day the demo set is laid out around."),
        QStringLiteral("date")},
