@@ -6,20 +6,11 @@
 
 #include <utility>
 
-namespace adjustacc::host {
+namespace adjustacc::host::testing {
 namespace {
 
 using namespace Qt::Literals::StringLiterals;
 
-using Fields = QList<std::pair<QString, QVariant>>;
-
-messaging::SaveRecord record(const Fields& fields) {
-  messaging::SaveRecord record;
-  for (const auto& [field, value] : fields) {
-    record.setField(field, value);
-  }
-  return record;
-}
 
 const QDate kToday(2024, 5, 2);
 
@@ -55,7 +46,7 @@ TEST_P(ArAdjustmentHeaderRule, RefusesTheFirstRuleBroken) {
   c.change(receivable);
   Fields fields = {{u"ACTION"_s, u"ADD"_s}, {u"ROW_VRSN_NBR"_s, u"2"_s}};
   fields.append(c.fields);
-  const messaging::SaveRecord sent = record(fields);
+  const messaging::SaveRecord sent = saveRecord(fields);
   const auto header = checkArAdjustmentHeader(RecordReader(sent, u"ADJUSTAR"_s), receivable, c.sent, kToday);
   EXPECT_EQ(header.ok() ? QString() : header.error(), QString::fromUtf16(c.expected));
 }
@@ -109,14 +100,16 @@ Assessment fee(qint64 id, const QString& code, bool lpo, const QString& status =
   return a;
 }
 
+// The ASSESSMENT record of the citation's late fee, removed ("I") or reinstated ("A").
+messaging::SaveRecord lateFeeRecord(const QString& status, const Fields& more) {
+  Fields fields = {{u"ACTION"_s, u"UPD"_s},        {u"CUST_ID"_s, u"100001"_s},          {u"TRNSCTN_NBR"_s, u"510001"_s},
+                   {u"ASSMT_CD"_s, u"F02"_s},      {u"VLTN_ASSMT_SEQ_NBR"_s, u"2"_s},    {u"VLTN_ASSMT_STTS_CD"_s, status}};
+  fields.append(more);
+  return saveRecord(fields);
+}
+
 TEST(AssessmentRules, AnAssessmentChangesOnceAsReadAndNotBeforeItWasIssued) {
-  const messaging::SaveRecord sent = record({{u"ACTION"_s, u"UPD"_s},
-                                             {u"CUST_ID"_s, u"100001"_s},
-                                             {u"TRNSCTN_NBR"_s, u"510001"_s},
-                                             {u"ASSMT_CD"_s, u"F02"_s},
-                                             {u"VLTN_ASSMT_SEQ_NBR"_s, u"2"_s},
-                                             {u"VLTN_ASSMT_STTS_CD"_s, u"I"_s},
-                                             {u"ROW_VRSN_NBR"_s, u"1"_s}});
+  const messaging::SaveRecord sent = lateFeeRecord(u"I"_s, {{u"ROW_VRSN_NBR"_s, u"1"_s}});
   const RecordReader r(sent, u"ASSESSMENT record 1"_s);
   const auto key = readAssessmentRecord(r, kToday);
   ASSERT_TRUE(key.ok()) << key.error().toStdString();
@@ -135,13 +128,7 @@ TEST(AssessmentRules, AnAssessmentChangesOnceAsReadAndNotBeforeItWasIssued) {
   seen.clear();
   EXPECT_EQ(check(fee(3, u"F02"_s, false), seen, QDate(2024, 1, 9)),
             u"Date Adjusted must be >= assessment date in Available Assessments Grid"_s);
-  const messaging::SaveRecord otherDay = record({{u"ACTION"_s, u"UPD"_s},
-                                                 {u"CUST_ID"_s, u"100001"_s},
-                                                 {u"TRNSCTN_NBR"_s, u"510001"_s},
-                                                 {u"ASSMT_CD"_s, u"F02"_s},
-                                                 {u"VLTN_ASSMT_SEQ_NBR"_s, u"2"_s},
-                                                 {u"VLTN_ASSMT_STTS_CD"_s, u"A"_s},
-                                                 {u"ADJSTMT_DT"_s, u"2024-05-01"_s}});
+  const messaging::SaveRecord otherDay = lateFeeRecord(u"A"_s, {{u"ADJSTMT_DT"_s, u"2024-05-01"_s}});
   EXPECT_EQ(readAssessmentRecord(RecordReader(otherDay, u"ASSESSMENT record 2"_s), kToday).error(),
             u"ASSESSMENT record 2: ADJSTMT_DT must be the date of the adjustment (2024-05-02)"_s);
 }
@@ -176,7 +163,7 @@ class LpoRecordRule : public ::testing::TestWithParam<LpoCase> {};
 TEST_P(LpoRecordRule, ReadsTheParticularsOfEitherPlace) {
   Fields fields = {{u"ACTION"_s, u"UPD"_s}};
   fields.append(GetParam().fields);
-  const messaging::SaveRecord sent = record(fields);
+  const messaging::SaveRecord sent = saveRecord(fields);
   const auto details = checkLpoRecord(RecordReader(sent, u"CTTNADTNINFO"_s), kToday);
   EXPECT_EQ(details.ok() ? QString() : details.error(), QString::fromUtf16(GetParam().expected));
 }
@@ -211,4 +198,4 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& p) { return std::string(p.param.name); });
 
 }  // namespace
-}  // namespace adjustacc::host
+}  // namespace adjustacc::host::testing

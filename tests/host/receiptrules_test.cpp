@@ -5,20 +5,11 @@
 
 #include <utility>
 
-namespace adjustacc::host {
+namespace adjustacc::host::testing {
 namespace {
 
 using namespace Qt::Literals::StringLiterals;
 
-using Fields = QList<std::pair<QString, QVariant>>;
-
-messaging::SaveRecord record(const Fields& fields) {
-  messaging::SaveRecord record;
-  for (const auto& [field, value] : fields) {
-    record.setField(field, value);
-  }
-  return record;
-}
 
 messaging::Request request(const QString& receiptKey, const QString& receipt) {
   messaging::Request r;
@@ -51,7 +42,7 @@ TEST_P(PaymentAdjustmentRights, FollowTheOfficersRights) {
   const RightsCase& c = GetParam();
   messaging::Request sent = request(u"key:RECEIPT_NBR"_s, u" 8000001 "_s);
   sent.records = {{u"ADJUSTPAY"_s,
-                   {record({{u"ACTION"_s, u"ADD"_s}, {u"ADJSTMT_TYP_CD"_s, QString::fromUtf16(c.receiptAction)}})}}};
+                   {saveRecord({{u"ACTION"_s, u"ADD"_s}, {u"ADJSTMT_TYP_CD"_s, QString::fromUtf16(c.receiptAction)}})}}};
   const auto read = readPaymentAdjustmentRequest(sent, officer(c.rights));
   EXPECT_EQ(read.ok() ? QString() : read.error(), QString::fromUtf16(c.expected));
   if (read.ok()) {
@@ -96,7 +87,7 @@ QList<Payment> payments() {
 }
 
 messaging::SaveRecord paymentRecord(const char16_t* transaction, const char16_t* action, const char16_t* version = u"2") {
-  return record({{u"ACTION"_s, u"UPD"_s},
+  return saveRecord({{u"ACTION"_s, u"UPD"_s},
                  {u"ADJST_ACTION"_s, QString::fromUtf16(action)},
                  {u"TRNSCTN_NBR"_s, QString::fromUtf16(transaction)},
                  {u"ROW_VRSN_NBR"_s, QString::fromUtf16(version)}});
@@ -160,7 +151,7 @@ TEST(AdjustmentHeader, DateCommentAndOpenReceipt) {
   const auto check = [&](const Fields& fields) {
     Fields all = fields;
     all.append({u"ROW_VRSN_NBR"_s, u"3"_s});
-    const messaging::SaveRecord sent = record(all);
+    const messaging::SaveRecord sent = saveRecord(all);
     const auto header = checkAdjustmentHeader(RecordReader(sent, u"ADJUSTPAY"_s), receipt, today);
     return header.ok() ? header->comment : header.error();
   };
@@ -205,7 +196,7 @@ TEST_P(TransferTargetRule, TakesOnlyAReceivableThatCanBePaid) {
   const TargetCase& c = GetParam();
   Fields fields = {{u"ACTION"_s, u"ADD"_s}};
   fields.append(c.fields);
-  const messaging::SaveRecord sent = record(fields);
+  const messaging::SaveRecord sent = saveRecord(fields);
   const RecordReader r(sent, u"TRANSFERPAY record 1"_s);
   const auto line = readTransferRecord(r, u"8000005"_s);
   ASSERT_TRUE(line.ok()) << line.error().toStdString();
@@ -257,4 +248,4 @@ TEST(TransferRules, TheSourceMustBeOpenAndConfirmedAndHoldTheWholeTransfer) {
 }
 
 }  // namespace
-}  // namespace adjustacc::host
+}  // namespace adjustacc::host::testing

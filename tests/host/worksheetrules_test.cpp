@@ -6,20 +6,11 @@
 
 #include <utility>
 
-namespace adjustacc::host {
+namespace adjustacc::host::testing {
 namespace {
 
 using namespace Qt::Literals::StringLiterals;
 
-using Fields = QList<std::pair<QString, QVariant>>;
-
-messaging::SaveRecord record(const Fields& fields) {
-  messaging::SaveRecord record;
-  for (const auto& [field, value] : fields) {
-    record.setField(field, value);
-  }
-  return record;
-}
 
 // Prepared by PREP, verified by VER, approved by APP.
 Worksheet approvedWorksheet() {
@@ -115,7 +106,7 @@ TEST_P(StepRule, RefusesWhatTheStepDoesNotAllow) {
   w.refundDate = kToday.addDays(-3);
   Fields fields = c.fields;
   fields.append({u"ROW_VRSN_NBR"_s, u"4"_s});
-  const messaging::SaveRecord sent = record(fields);
+  const messaging::SaveRecord sent = saveRecord(fields);
   const auto change = checkStep(w, RecordReader(sent, u"REFUND"_s), StepContext{u"FISC"_s, kToday, kFour});
   EXPECT_EQ(change.ok() ? QString() : change.error(), QString::fromUtf16(c.expected));
 }
@@ -150,7 +141,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& p) { return std::string(p.param.name); });
 
 TEST(StepRule, AnswersTheColumnsAndTheExcessOfTheStep) {
-  const messaging::SaveRecord sent = record({{u"STTS_CD"_s, u"4"_s},
+  const messaging::SaveRecord sent = saveRecord({{u"STTS_CD"_s, u"4"_s},
                                              {u"RFND_BY_ID"_s, u"FISC"_s},
                                              {u"RFND_CD"_s, u"1"_s},
                                              {u"WRNT_NBR"_s, u"W-1"_s},
@@ -166,7 +157,7 @@ TEST(StepRule, AnswersTheColumnsAndTheExcessOfTheStep) {
   EXPECT_EQ(change->days, days);
   EXPECT_EQ(change->excessTo, u"R"_s);
 
-  const messaging::SaveRecord stale = record({{u"STTS_CD"_s, u"V"_s}, {u"VOID_ID"_s, u"FISC"_s}, {u"ROW_VRSN_NBR"_s, u"3"_s}});
+  const messaging::SaveRecord stale = saveRecord({{u"STTS_CD"_s, u"V"_s}, {u"VOID_ID"_s, u"FISC"_s}, {u"ROW_VRSN_NBR"_s, u"3"_s}});
   const auto refused = checkStep(approvedWorksheet(), RecordReader(stale, u"REFUND"_s), StepContext{u"FISC"_s, kToday});
   ASSERT_FALSE(refused.ok());
   EXPECT_TRUE(refused.error().startsWith(u"Refund worksheet 3000100 was changed by another user"_s)) << refused.error().toStdString();
@@ -203,7 +194,7 @@ class PrepareRule : public ::testing::TestWithParam<PrepareCase> {};
 TEST_P(PrepareRule, RefusesAWorksheetTheFactsDoNotAllow) {
   PrepareFacts facts = goodFacts();
   GetParam().change(facts);
-  const messaging::SaveRecord sent = record(kPrepareRecord);
+  const messaging::SaveRecord sent = saveRecord(kPrepareRecord);
   const auto prepared = checkPrepare(RecordReader(sent, u"REFUND"_s), u"3000100"_s, facts, u"PREP"_s);
   ASSERT_FALSE(prepared.ok());
   EXPECT_EQ(prepared.error(), QString::fromUtf16(GetParam().expected));
@@ -233,7 +224,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& p) { return std::string(p.param.name); });
 
 TEST(PrepareRule, AnswersWhatPreparingWrites) {
-  const messaging::SaveRecord sent = record(kPrepareRecord);
+  const messaging::SaveRecord sent = saveRecord(kPrepareRecord);
   const auto prepared = checkPrepare(RecordReader(sent, u"REFUND"_s), u"3000100"_s, goodFacts(), u"prep"_s);
   ASSERT_TRUE(prepared.ok()) << prepared.error().toStdString();
   EXPECT_EQ(prepared->receipt, u"8000002"_s);
@@ -244,4 +235,4 @@ TEST(PrepareRule, AnswersWhatPreparingWrites) {
 }
 
 }  // namespace
-}  // namespace adjustacc::host
+}  // namespace adjustacc::host::testing
