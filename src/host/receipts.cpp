@@ -149,6 +149,18 @@ Outcome refundInfoInquiry(const Context& context) {
 
 namespace {
 
+// The receipt a save names, read and locked for the rest of the save.
+Result<Receipt> lockedReceipt(const Sql& sql, const QString& number) {
+  Result<std::optional<Receipt>> read = readReceipt(sql, number, true);
+  if (!read) {
+    return Result<Receipt>::failure(read.error());
+  }
+  if (!read.value()) {
+    return Result<Receipt>::failure(QStringLiteral("Receipt %1 was not found.").arg(number));
+  }
+  return *read.value();
+}
+
 Result<QList<Payment>> paymentsOf(const Sql& sql, const QString& receipt) {
   Result<QSqlQuery> query = sql.run(
       QStringLiteral("SELECT p.PYMT_ID, p.ACCT_RCVBL_ID, p.TRNSCTN_NBR, p.TRNSCTN_DT, p.CL_PYMT_AMT, p.ACTVTY_STTS_CD, "
@@ -266,14 +278,11 @@ Outcome savePaymentAdjustment(const Context& context) {
   if (!request) {
     return refuse(request.error());
   }
-  Result<std::optional<Receipt>> read = readReceipt(context.sql, request->receipt, true);
+  Result<Receipt> read = lockedReceipt(context.sql, request->receipt);
   if (!read) {
     return refuse(read.error());
   }
-  if (!read.value()) {
-    return refuse(QStringLiteral("Receipt %1 was not found.").arg(request->receipt));
-  }
-  const Receipt& receipt = *read.value();
+  const Receipt& receipt = read.value();
   Result<AdjustmentHeader> header =
       checkAdjustmentHeader(RecordReader(*request->header, QStringLiteral("ADJUSTPAY")), receipt, context.today);
   if (!header) {
@@ -440,14 +449,11 @@ Outcome saveTransfer(const Context& context) {
   if (!request) {
     return refuse(request.error());
   }
-  Result<std::optional<Receipt>> read = readReceipt(context.sql, request->receipt, true);
+  Result<Receipt> read = lockedReceipt(context.sql, request->receipt);
   if (!read) {
     return refuse(read.error());
   }
-  if (!read.value()) {
-    return refuse(QStringLiteral("Receipt %1 was not found.").arg(request->receipt));
-  }
-  const Receipt& source = *read.value();
+  const Receipt& source = read.value();
   if (const QString problem = transferSourceProblem(source); !problem.isEmpty()) {
     return refuse(problem);
   }

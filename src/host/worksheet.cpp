@@ -84,8 +84,8 @@ Result<std::optional<IssuedNumber>> readIssuedNumber(const Sql& sql, const QStri
   return std::optional<IssuedNumber>(IssuedNumber{row.value()->at(0).toString(), row.value()->at(1).toString() == u"Y"});
 }
 
-// What the host holds about the number and the receipt the record names, read (and locked) in the order
-// the saves of worksheets and receipts take them: the number, the receipt, its excess.
+// What the host holds about the number and the receipt the record names; the issued number and the receipt
+// stay locked for the rest of the save. What the record leaves out is not read (checkPrepare refuses it).
 Result<PrepareFacts> readPrepareFacts(const Sql& sql, const RecordReader& r, const QString& number,
                                       std::optional<Worksheet> existing) {
   using R = Result<PrepareFacts>;
@@ -99,7 +99,7 @@ Result<PrepareFacts> readPrepareFacts(const Sql& sql, const RecordReader& r, con
   const QString customer = r.code(QStringLiteral("CUST_ID"));
   const std::optional<QString> receiptNumber = parseReceiptNumber(r.text(QStringLiteral("RCPT_NBR")));
   if (customer.isEmpty() || !receiptNumber) {
-    return facts;  // checkPrepare refuses the record
+    return facts;
   }
   Result<std::optional<Receipt>> receipt = readReceipt(sql, *receiptNumber, true);
   if (!receipt) {
