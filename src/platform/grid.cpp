@@ -525,12 +525,16 @@ bool Grid::userClickRow(int row, ClickKind kind) {
 }
 
 bool Grid::userEditCell(int row, int column, const QVariant& value) {
+  return editCell(row, column, value) != kNoBookmark;
+}
+
+Bookmark Grid::editCell(int row, int column, const QVariant& value) {
   if (!isCellEditable(column) || row < 0 || row >= rows()) {
     qCDebug(lcControls) << "grid" << name() << "refused an edit of column" << column << "row" << row;
-    return false;
+    return kNoBookmark;
   }
   if (!userSetCurrentRow(row)) {
-    return false;
+    return kNoBookmark;
   }
   const Bookmark id = bookmarkAt(row);
   if (m_pending.row != id) {
@@ -541,7 +545,52 @@ bool Grid::userEditCell(int row, int column, const QVariant& value) {
   m_rowLoaded.forget(id);
   m_announcer.cellsChanged(row, row);
   Q_EMIT edited(column);
+  return id;
+}
+
+bool Grid::userEditWhole(int row, int column, const QVariant& value) {
+  const Bookmark id = editCell(row, column, value);
+  if (id == kNoBookmark) {
+    return false;
+  }
+  // The Change handler may have committed the edit already (update) or dropped it (cancelUpdate).
+  if (m_pending.row == id && m_pending.values.contains(column)) {
+    return update();
+  }
   return true;
+}
+
+bool Grid::userSetCheck(int row, int column, bool checked) {
+  const GridColumn* c = m_columns.at(column);
+  if (c == nullptr || !c->isCheck()) {
+    qCDebug(lcControls) << "grid" << name() << "column" << column << "shows no check boxes";
+    return false;
+  }
+  if (!isCellEditable(column) || row < 0 || row >= rows()) {
+    qCDebug(lcControls) << "grid" << name() << "refused a check of column" << column << "row" << row;
+    return false;
+  }
+  if (isChecked(row, column) == checked) {
+    return true;
+  }
+  return userEditWhole(row, column, checked ? kChecked : kCleared);
+}
+
+bool Grid::userChooseItem(int row, int column, const QString& item) {
+  const GridColumn* c = m_columns.at(column);
+  const QString listed = c != nullptr ? c->dropDownItem(item) : QString();
+  if (listed.isEmpty()) {
+    qCDebug(lcControls) << "grid" << name() << "column" << column << "offers no item" << item;
+    return false;
+  }
+  if (!isCellEditable(column) || row < 0 || row >= rows()) {
+    qCDebug(lcControls) << "grid" << name() << "refused a choice in column" << column << "row" << row;
+    return false;
+  }
+  if (cellText(row, column) == listed) {
+    return true;
+  }
+  return userEditWhole(row, column, listed);
 }
 
 bool Grid::userToggleCheck(int row, int column) {

@@ -30,6 +30,12 @@
 // cheap and exact, and the position can be restored by row or bookmark. Removing the current row during
 // such a walk leaves the grid between rows: the next moveNext lands on the row that followed the removed
 // one, so a walk that removes marked rows removes all of them, including neighbours.
+//
+// The person's edits: typing into a cell (userEditCell) is a pending edit of the row; Change fires at once
+// (the new value readable), and AfterUpdate when the edit is committed: by update(), or when the person
+// moves to another row. Checking a check cell (userSetCheck) and choosing from a drop-down list
+// (userChooseItem) are whole edits in one act: Change fires, and then the edit is committed with AfterUpdate
+// unless the screen's Change handler already committed it (update()) or cancelled it (cancelUpdate()).
 
 #include "messaging/recordset.h"
 #include "platform/control.h"
@@ -181,7 +187,15 @@ public:
   // The person edits a cell: becomes the pending edit of its row; Change fires. Refused when the grid or
   // the column cannot be edited.
   bool userEditCell(int row, int column, const QVariant& value);
-  // The person clicks a check cell: "-1" when it was clear, "0" when it was set.
+  // The person checks or clears the check box of a check column's cell: "-1" when checked, "0" when clear;
+  // Change, then AfterUpdate (see the top of this file). Setting it as it already is changes nothing.
+  // Refused for a column that does not show check boxes, or one the person cannot edit.
+  bool userSetCheck(int row, int column, bool checked);
+  // The person picks an item of a column's drop-down list; the cell takes the list's own spelling of it.
+  // Change, then AfterUpdate; picking the value the cell holds changes nothing. Refused for a column
+  // without a list, an item the list lacks, or a column the person cannot edit.
+  bool userChooseItem(int row, int column, const QString& item);
+  // The person clicks a check cell as a pending edit of the row: "-1" when it was clear, "0" when it was set.
   bool userToggleCheck(int row, int column);
   // The view scrolled: first visible row, then ScrollAfter.
   void userScrolled(int firstVisibleRow);
@@ -221,6 +235,10 @@ private:
   int contextRow() const { return m_rowLoaded.isLoading() ? m_rowLoaded.loadingRow() : row(); }
   const GridRowLoaded::Values* ensureLoaded(int row, Bookmark id) const;
   bool writeRow(int row, Bookmark id, int column, const QVariant& value);
+  // The person's edit of one cell: the edited row's bookmark, or kNoBookmark when refused.
+  Bookmark editCell(int row, int column, const QVariant& value);
+  // The person's edit of one cell, made a whole edit: Change, then committed unless the Change handler did.
+  bool userEditWhole(int row, int column, const QVariant& value);
   void bindNow();
   void connectSource();
   void followRecordset();

@@ -161,6 +161,15 @@ void GridColumn::clearDropDown() {
   setDropDownItems({});
 }
 
+QString GridColumn::dropDownItem(const QString& item) const {
+  for (const QString& listed : m_dropDown) {
+    if (listed.compare(item, Qt::CaseInsensitive) == 0) {
+      return listed;
+    }
+  }
+  return {};
+}
+
 QVariant GridColumn::value() const {
   if (isNull()) {
     return {};

@@ -75,6 +75,7 @@ public:
 
   Display display() const { return m_display; }
   void setDisplay(Display display);
+  bool isCheck() const { return m_display == Display::Check; }
   // Explicit alignment, or the one that suits the display (money right, check centred, text left).
   Qt::Alignment alignment() const;
   void setAlignment(Qt::Alignment alignment);
@@ -87,9 +88,12 @@ public:
 
   // The drop-down list the person picks the cell's value from; empty means free text.
   QStringList dropDownItems() const { return m_dropDown; }
+  bool hasDropDown() const { return !m_dropDown.isEmpty(); }
   void addDropDownItem(const QString& item);
   void setDropDownItems(const QStringList& items);
   void clearDropDown();
+  // The list's own spelling of an item, matched ignoring case; empty when the list lacks it.
+  QString dropDownItem(const QString& item) const;
 
   // --- values ----------------------------------------------------------------------------------------
   // At the grid's current row (inside RowLoaded: at the row being loaded). Null at no row.
