@@ -528,12 +528,16 @@ bool Grid::userEditCell(int row, int column, const QVariant& value) {
   return editCell(row, column, value) != kNoBookmark;
 }
 
-Bookmark Grid::editCell(int row, int column, const QVariant& value) {
-  if (!isCellEditable(column) || row < 0 || row >= rows()) {
-    qCDebug(lcControls) << "grid" << name() << "refused an edit of column" << column << "row" << row;
-    return kNoBookmark;
+bool Grid::personMayEdit(int row, int column) const {
+  if (isCellEditable(column) && row >= 0 && row < rows()) {
+    return true;
   }
-  if (!userSetCurrentRow(row)) {
+  qCDebug(lcControls) << "grid" << name() << "refused an edit of column" << column << "row" << row;
+  return false;
+}
+
+Bookmark Grid::editCell(int row, int column, const QVariant& value) {
+  if (!personMayEdit(row, column) || !userSetCurrentRow(row)) {
     return kNoBookmark;
   }
   const Bookmark id = bookmarkAt(row);
@@ -566,8 +570,7 @@ bool Grid::userSetCheck(int row, int column, bool checked) {
     qCDebug(lcControls) << "grid" << name() << "column" << column << "shows no check boxes";
     return false;
   }
-  if (!isCellEditable(column) || row < 0 || row >= rows()) {
-    qCDebug(lcControls) << "grid" << name() << "refused a check of column" << column << "row" << row;
+  if (!personMayEdit(row, column)) {
     return false;
   }
   if (isChecked(row, column) == checked) {
@@ -583,8 +586,7 @@ bool Grid::userChooseItem(int row, int column, const QString& item) {
     qCDebug(lcControls) << "grid" << name() << "column" << column << "offers no item" << item;
     return false;
   }
-  if (!isCellEditable(column) || row < 0 || row >= rows()) {
-    qCDebug(lcControls) << "grid" << name() << "refused a choice in column" << column << "row" << row;
+  if (!personMayEdit(row, column)) {
     return false;
   }
   if (cellText(row, column) == listed) {

@@ -235,6 +235,8 @@ private:
   int contextRow() const { return m_rowLoaded.isLoading() ? m_rowLoaded.loadingRow() : row(); }
   const GridRowLoaded::Values* ensureLoaded(int row, Bookmark id) const;
   bool writeRow(int row, Bookmark id, int column, const QVariant& value);
+  // Whether the person can edit the cell (logged when not).
+  bool personMayEdit(int row, int column) const;
   // The person's edit of one cell: the edited row's bookmark, or kNoBookmark when refused.
   Bookmark editCell(int row, int column, const QVariant& value);
   // The person's edit of one cell, made a whole edit: Change, then committed unless the Change handler did.
