@@ -4,7 +4,7 @@ PRESET ?= debug
 BUILD  := build/$(PRESET)
 JOBS   ?= $(shell nproc)
 
-.PHONY: deps configure build run test bench fuzz asan clean
+.PHONY: deps configure build run test bench soak fuzz asan clean
 
 deps:
 	@scripts/setup-deps.sh
@@ -25,6 +25,12 @@ bench: deps
 	@cmake --preset release >/dev/null
 	@cmake --build --preset release -j $(JOBS)
 	@scripts/run-bench.sh build/release
+
+# The service under load on PostgreSQL, killed and restarted half way (SOAK_SECONDS, default 60; loopback only).
+soak: deps
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release -j $(JOBS) --target soak_host adjustacc-host
+	@scripts/run-soak.sh build/release
 
 fuzz: deps
 	@cmake --preset fuzz >/dev/null

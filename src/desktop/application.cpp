@@ -33,6 +33,7 @@ std::unique_ptr<messaging::HostLink> makeLink(const StartOptions& options) {
   embedded.dataFolder = options.dataFolder;
   embedded.officerId = options.officerId;
   embedded.latencyMs = options.latencyMs;
+  embedded.dutySeparation = options.dutySeparation;
   return std::make_unique<host::EmbeddedLink>(embedded);
 }
 

@@ -265,13 +265,12 @@ bool GridModel::setData(const QModelIndex& index, const QVariant& value, int rol
     return false;
   }
   if (role == Qt::CheckStateRole && isCheckColumn(index.column())) {
-    const bool wanted = value.toInt() == Qt::Checked;
-    if (wanted == m_grid->isChecked(index.row(), index.column())) {
-      return true;
-    }
-    return m_grid->userToggleCheck(index.row(), index.column());
+    return m_grid->userSetCheck(index.row(), index.column(), value.toInt() == Qt::Checked);
   }
   if (role == Qt::EditRole && !isCheckColumn(index.column())) {
+    if (m_grid->column(index.column()).hasDropDown()) {
+      return m_grid->userChooseItem(index.row(), index.column(), value.toString());
+    }
     if (value.toString() == m_grid->cellText(index.row(), index.column())) {
       return true;  // the editor closed without a change: no Change event
     }

@@ -30,11 +30,15 @@ struct Parser {
                              QStringLiteral("Hold every reply of the local host back this long (milliseconds)."),
                              QStringLiteral("MS")};
   QCommandLineOption noOpen{QStringLiteral("no-open"), QStringLiteral("Do not ask for an account at start.")};
+  QCommandLineOption duties{QStringLiteral("duty-separation"),
+                            QStringLiteral("Which refund worksheet officers the local host keeps apart: neighbouring "
+                                           "(the default) or four-officers."),
+                            QStringLiteral("RULE")};
 
   Parser() : help(parser.addHelpOption()), version(parser.addVersionOption()) {
     parser.setApplicationDescription(
         QStringLiteral("Account adjustment: open an account, see its receivables and receipts, and correct it."));
-    parser.addOptions({data, user, host, token, latency, noOpen});
+    parser.addOptions({data, user, host, token, latency, noOpen, duties});
   }
 };
 
@@ -53,6 +57,7 @@ Result<StartOptions> parseStartOptions(const QStringList& arguments) {
   const QCommandLineOption& token = p.token;
   const QCommandLineOption& latency = p.latency;
   const QCommandLineOption& noOpen = p.noOpen;
+  const QCommandLineOption& duties = p.duties;
   if (!parser.parse(arguments)) {
     return Result<StartOptions>::failure(parser.errorText());
   }
@@ -91,9 +96,9 @@ Result<StartOptions> parseStartOptions(const QStringList& arguments) {
           QStringLiteral("--host needs the officer's sign-on token: --token T, or the environment variable %1.")
               .arg(QLatin1String(kTokenVariable)));
     }
-    if (parser.isSet(data) || parser.isSet(latency)) {
-      return Result<StartOptions>::failure(
-          QStringLiteral("--data and --latency apply to the local database only, not to --host."));
+    if (parser.isSet(data) || parser.isSet(latency) || parser.isSet(duties)) {
+      return Result<StartOptions>::failure(QStringLiteral(
+          "--data, --latency and --duty-separation apply to the local database only, not to --host."));
     }
     return options;
   }
@@ -115,6 +120,14 @@ Result<StartOptions> parseStartOptions(const QStringList& arguments) {
               .arg(parser.value(latency)));
     }
     options.latencyMs = value;
+  }
+  if (parser.isSet(duties)) {
+    const std::optional<host::DutySeparation> separation = host::dutySeparationFromName(parser.value(duties));
+    if (!separation) {
+      return Result<StartOptions>::failure(
+          QStringLiteral("--duty-separation \"%1\" is neither neighbouring nor four-officers.").arg(parser.value(duties)));
+    }
+    options.dutySeparation = *separation;
   }
   return options;
 }

@@ -9,8 +9,11 @@
 //                                      from the environment variable ADJUSTACC_TOKEN, which keeps it out of the
 //                                      process list; --user names the officer the token was issued to
 //   adjustacc --latency MS             hold every embedded reply back MS milliseconds (to see the waits)
+//   adjustacc --duty-separation RULE   the embedded host's separation of duties on refund worksheets:
+//                                      neighbouring (the default) or four-officers
 //   adjustacc --no-open                do not show Open Account at start
 
+#include "host/dutyseparation.h"
 #include "messaging/result.h"
 
 #include <QString>
@@ -28,6 +31,7 @@ struct StartOptions {
   QUrl hostUrl;        // remote
   QString token;       // remote
   int latencyMs = 0;   // embedded
+  host::DutySeparation dutySeparation = host::DutySeparation::NeighbouringSteps;  // embedded
   bool openAtStart = true;
   bool showHelp = false;
   bool showVersion = false;

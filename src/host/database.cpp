@@ -146,13 +146,22 @@ Result<bool> openDatabase(const DatabaseOptions& options, const QString& connect
       const Sql sql(db, dialect.value());
       QStringList setup = dialect->sessionSetup();
       if (!options.schema.isEmpty() && dialect->kind() == SqlDialect::Kind::Postgres) {
-        setup.append(QStringLiteral("CREATE SCHEMA IF NOT EXISTS %1").arg(options.schema));
+        // Created only when absent: the service's own role may use the schema but not create one.
+        const Result<std::optional<QVariantList>> exists =
+            sql.firstRow(QStringLiteral("SELECT 1 FROM pg_namespace WHERE nspname = ?"), {options.schema});
+        if (!exists) {
+          failure = exists.error();
+        } else if (!exists.value()) {
+          setup.append(QStringLiteral("CREATE SCHEMA IF NOT EXISTS %1").arg(options.schema));
+        }
         setup.append(QStringLiteral("SET search_path TO %1").arg(options.schema));
       }
       for (const QString& statement : setup) {
+        if (!failure.isEmpty()) {
+          break;
+        }
         if (Result<QSqlQuery> done = sql.run(statement); !done) {
           failure = done.error();
-          break;
         }
       }
     }

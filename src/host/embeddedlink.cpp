@@ -62,7 +62,8 @@ EmbeddedLink::EmbeddedLink(EmbeddedLinkOptions options, QObject* parent)
       m_databasePath(databasePathFor(options)),
       m_officerId(options.officerId),
       m_latencyMs(options.latencyMs < 0 ? 0 : options.latencyMs),
-      m_dropReplies(options.dropReplies) {
+      m_dropReplies(options.dropReplies),
+      m_dutySeparation(options.dutySeparation) {
   // One worker: SQLite serialises writers anyway, and one thread keeps the replies in request order.
   m_pool = std::make_unique<HostPool>(QStringLiteral("adjustacc-embedded"), 1,
                                       embeddedOpener(m_databasePath, options.demoDay));
@@ -88,6 +89,7 @@ void EmbeddedLink::submit(const Request& request) {
   m_pool->post([this, request, officer](HostSession& session) {
     Reply reply;
     if (HostSystem* system = session.system()) {
+      system->setDutySeparation(m_dutySeparation);
       reply = system->handle(request, officer);
     } else {
       reply = Reply::failure(request.replyTo, request.requestId,

@@ -30,6 +30,9 @@ struct EmbeddedLinkOptions {
   QDate demoDay;
   int latencyMs = 0;
   bool dropReplies = false;
+  // Which officers of a refund worksheet must differ (HostSystem::setDutySeparation). The database keeps the
+  // worksheets of every officer who signs on at this desktop, so the agency's setting applies here too.
+  DutySeparation dutySeparation = DutySeparation::NeighbouringSteps;
 };
 
 class EmbeddedLink : public messaging::HostLink {
@@ -64,6 +67,7 @@ private:
   QString m_officerId;
   std::atomic<int> m_latencyMs{0};
   std::atomic<bool> m_dropReplies{false};
+  const DutySeparation m_dutySeparation;  // read by the worker thread; never changes
   int m_pending = 0;
   bool m_errorReported = false;
   std::unique_ptr<HostPool> m_pool;

@@ -3,6 +3,7 @@
 // and what it answers: named reply sections, or the text of a refusal.
 
 #include "audit.h"
+#include "dutyseparation.h"
 #include "rights.h"
 #include "sqlutil.h"
 
@@ -36,6 +37,7 @@ struct Context {
   QDate today;      // the agency's calendar day
   QDateTime now;    // UTC, for time stamps
   const messaging::Request& request;
+  DutySeparation duties = DutySeparation::NeighbouringSteps;  // which worksheet officers must differ
 
   WriteContext writeContext() const { return {officer.id, request.requestId, now}; }
   QString param(const QString& key) const { return request.param(key).trimmed(); }

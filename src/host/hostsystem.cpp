@@ -182,6 +182,7 @@ struct HostSystem::Impl {
   };
   QHash<QString, CachedOfficer> officers;
   std::chrono::milliseconds officerLifetime = kDefaultOfficerCacheLifetime;
+  DutySeparation duties = DutySeparation::NeighbouringSteps;
   CalendarDay calendar;
 
   Result<std::optional<Officer>> officerFor(const QString& officerId, bool fresh);
@@ -216,6 +217,10 @@ void HostSystem::setOfficerCacheLifetime(std::chrono::milliseconds lifetime) {
     d->officers.clear();
   }
 }
+
+void HostSystem::setDutySeparation(DutySeparation separation) { d->duties = separation; }
+
+DutySeparation HostSystem::dutySeparation() const { return d->duties; }
 
 Result<std::optional<Officer>> HostSystem::Impl::officerFor(const QString& officerId, bool fresh) {
   const QString key = officerId.trimmed().toUpper();
@@ -368,7 +373,8 @@ Reply HostSystem::handle(const Request& request, const QString& officerId) {
   if (!chosen.handler) {
     return fail(chosen.error);
   }
-  Context context{*d->sql, *officer.value(), d->calendar.today(), QDateTime::currentDateTimeUtc(), request};
+  Context context{*d->sql, *officer.value(), d->calendar.today(), QDateTime::currentDateTimeUtc(), request,
+                  d->duties};
   return chosen.writes ? d->save(chosen, context) : d->inquire(chosen, context);
 }
 

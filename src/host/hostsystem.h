@@ -2,6 +2,8 @@
 // The agency host system: the system of record that answers every inquiry and save the screens send.
 // One code path for SQLite (embedded) and PostgreSQL (shared), through QtSql.
 
+#include "dutyseparation.h"
+
 #include "messaging/reply.h"
 #include "messaging/request.h"
 #include "messaging/result.h"
@@ -55,6 +57,11 @@ public:
   // right taken away or an officer made inactive stops saves at once and inquiries within this time.
   void setOfficerCacheLifetime(std::chrono::milliseconds lifetime);
   static constexpr std::chrono::milliseconds kDefaultOfficerCacheLifetime{5000};
+
+  // Which officers of a refund worksheet must be different people (see dutyseparation.h); by default those of
+  // neighbouring steps, as the screens check.
+  void setDutySeparation(DutySeparation separation);
+  DutySeparation dutySeparation() const;
 
 private:
   struct Impl;

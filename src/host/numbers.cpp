@@ -36,6 +36,16 @@ Result<std::optional<qint64>> takeNumber(AuditedWriter& writer, const QString& s
   return std::optional<qint64>(next);
 }
 
+std::optional<SeriesRight> rightToTakeNumber(const QString& series) {
+  // Refund numbers, and warrant numbers which only the refund step uses, go to officers who work on refund
+  // worksheets.
+  if (series == kRefundNumbers || series == kWarrantNumbers) {
+    return SeriesRight{rights::CreateRefund, series == kRefundNumbers ? QStringLiteral("be given refund numbers")
+                                                                      : QStringLiteral("be given warrant numbers")};
+  }
+  return std::nullopt;
+}
+
 Outcome issueNumber(const Context& context) {
   static const SectionBuilder builder(sectionnames::GetFormNumber, {{u"U"}});
   const QString kind = QStringLiteral("The number request");
@@ -50,6 +60,10 @@ Outcome issueNumber(const Context& context) {
   }
   if (!known.value() || known.value()->at(0).toString() != u"Y") {
     return refuse(QStringLiteral("Number type \"%1\" is not one the host hands out.").arg(series));
+  }
+  // Refused before a number is taken: a number given to an officer who may not use it is lost to the series.
+  if (const std::optional<SeriesRight> needed = rightToTakeNumber(series); needed && !context.officer.has(needed->right)) {
+    return refuse(missingRightText(context.officer, needed->right, needed->purpose));
   }
   AuditedWriter writer(context.sql, context.writeContext());
   Result<std::optional<qint64>> number = takeNumber(writer, series);

@@ -6,6 +6,8 @@
 #include <QSqlDatabase>
 #include <QSqlQuery>
 
+#include <algorithm>
+
 namespace adjustacc::host {
 
 using messaging::Result;
@@ -154,6 +156,27 @@ const char16_t* const kIndexes[] = {
     u"CREATE INDEX IF NOT EXISTS QVR_CODE_TBL_IX ON QVR_CODE (CD_TBL_ID, CD_TBL_CD)",
 };
 
+// The table of bearer tokens, which the token store creates.
+const QString kTokenTable = QStringLiteral("HOST_TOKEN");
+
+// Tables the service only reads.
+bool isReadOnlyForService(const QString& table) {
+  return table == u"SCHEMA_INFO" || table == u"OFFICER" || table == u"OFFICER_RIGHT" || table == u"QVR_CODE" ||
+         table == kTokenTable;
+}
+
+// A role name as PostgreSQL folds unquoted names: lower-case letters, digits and _, 63 at most.
+bool isRoleName(const QString& name) {
+  if (name.isEmpty() || name.size() > 63 || !((name[0] >= u'a' && name[0] <= u'z') || name[0] == u'_')) {
+    return false;
+  }
+  return std::all_of(name.begin(), name.end(), [](QChar c) {
+    return (c >= u'a' && c <= u'z') || (c >= u'0' && c <= u'9') || c == u'_';
+  });
+}
+
+QString quotedIdentifier(QString name) { return u'"' + name.replace(u'"', QStringLiteral("\"\"")) + u'"'; }
+
 }  // namespace
 
 QStringList schemaStatements(const SqlDialect& dialect) {
@@ -188,6 +211,95 @@ QStringList schemaTables() {
     names.append(QString::fromUtf16(table.name));
   }
   return names;
+}
+
+QStringList serviceRoleStatements(const QString& role, const QString& schema) {
+  const QString schemaName = quotedIdentifier(schema);
+  QStringList statements = {QStringLiteral("GRANT USAGE ON SCHEMA %1 TO %2").arg(schemaName, role)};
+  QStringList tables = schemaTables();
+  tables.append(kTokenTable);
+  for (const QString& table : tables) {
+    const QString qualified = schemaName + u'.' + table;
+    statements.append(QStringLiteral("REVOKE ALL ON %1 FROM %2").arg(qualified, role));
+    QString rights = QStringLiteral("SELECT, INSERT, UPDATE");
+    if (table == u"AUDIT_TRAIL") {
+      rights = QStringLiteral("INSERT");
+    } else if (isReadOnlyForService(table)) {
+      rights = QStringLiteral("SELECT");
+    }
+    statements.append(QStringLiteral("GRANT %1 ON %2 TO %3").arg(rights, qualified, role));
+  }
+  return statements;
+}
+
+Result<bool> grantServiceRole(const QString& connectionName, const QString& role) {
+  const Result<Sql> connection = Sql::onConnection(connectionName);
+  if (!connection) {
+    return Result<bool>::failure(connection.error());
+  }
+  const Sql& sql = connection.value();
+  if (sql.dialect().kind() != SqlDialect::Kind::Postgres) {
+    return Result<bool>::failure(QStringLiteral("A service role is given on PostgreSQL only: SQLite has no roles."));
+  }
+  if (!isRoleName(role)) {
+    return Result<bool>::failure(
+        QStringLiteral("\"%1\" is not a usable role name (lower-case letters, digits and _).").arg(role));
+  }
+  Result<std::optional<QVariantList>> found = sql.firstRow(
+      QStringLiteral("SELECT rolsuper, rolname = current_user, current_schema() FROM pg_roles WHERE rolname = ?"),
+      {role});
+  if (!found) {
+    return Result<bool>::failure(found.error());
+  }
+  if (!found.value()) {
+    return Result<bool>::failure(
+        QStringLiteral("There is no database role %1; create it first (CREATE ROLE %1 LOGIN).").arg(role));
+  }
+  const QVariantList& row = *found.value();
+  if (row.at(0).toBool()) {
+    return Result<bool>::failure(
+        QStringLiteral("Role %1 is a superuser: whatever it is granted, it could empty the audit trail.").arg(role));
+  }
+  if (row.at(1).toBool()) {
+    return Result<bool>::failure(
+        QStringLiteral("Role %1 is the role that creates the tables; the service needs a role of its own.").arg(role));
+  }
+  for (const QString& statement : serviceRoleStatements(role, row.at(2).toString())) {
+    if (Result<QSqlQuery> done = sql.run(statement); !done) {
+      return Result<bool>::failure(done.error());
+    }
+  }
+  return true;
+}
+
+Result<QString> serviceRoleProblem(const QString& connectionName) {
+  const Result<Sql> connection = Sql::onConnection(connectionName);
+  if (!connection) {
+    return Result<QString>::failure(connection.error());
+  }
+  const Sql& sql = connection.value();
+  if (sql.dialect().kind() != SqlDialect::Kind::Postgres) {
+    return QString();
+  }
+  Result<std::optional<QVariantList>> found = sql.firstRow(QStringLiteral(
+      "SELECT r.rolsuper, pg_has_role(current_user, c.relowner, 'USAGE'), current_user FROM pg_roles r, pg_class c "
+      "WHERE r.rolname = current_user AND c.relnamespace = current_schema()::regnamespace "
+      "AND c.relname = 'audit_trail'"));
+  if (!found) {
+    return Result<QString>::failure(found.error());
+  }
+  if (!found.value()) {
+    return QString();
+  }
+  const QVariantList& row = *found.value();
+  const QString user = row.at(2).toString();
+  if (row.at(0).toBool()) {
+    return QStringLiteral("it connects to PostgreSQL as %1, a superuser").arg(user);
+  }
+  if (row.at(1).toBool()) {
+    return QStringLiteral("it connects to PostgreSQL as %1, which owns the host's tables").arg(user);
+  }
+  return QString();
 }
 
 Result<bool> createSchema(const QString& connectionName) {

@@ -25,4 +25,17 @@ bool tableHasRowVersion(const QString& table);
 // Every table of the schema, in creation order (the audit trail last).
 QStringList schemaTables();
 
+// What the service's own PostgreSQL role may do, and nothing more: read every table; add rows and change the
+// rows that clerks change; add to the audit trail, never change, delete or truncate it; read the tokens, never
+// issue or revoke them (the administrator's token command does that). The tables stay with the role that ran
+// init-db, so the service can neither alter them, drop the audit trail's guard, nor grant itself more.
+// Run again, it sets the same grants (what was granted before is taken back first).
+QStringList serviceRoleStatements(const QString& role, const QString& schema);
+// Gives `role` (an existing role that owns nothing here and is no superuser) those grants on the connection's
+// schema; the token table must exist.
+messaging::Result<bool> grantServiceRole(const QString& connectionName, const QString& role);
+// Why the connection's role is not fit to run the service: it owns the host's tables or is a superuser (then
+// it could take the audit trail's guard away). Empty when it is fit, and always on SQLite.
+messaging::Result<QString> serviceRoleProblem(const QString& connectionName);
+
 }  // namespace adjustacc::host

@@ -1,5 +1,7 @@
 #include "tokens.h"
 
+#include "sqldialect.h"
+
 #include <QCryptographicHash>
 #include <QRandomGenerator>
 #include <QSqlDatabase>
@@ -90,6 +92,19 @@ Result<bool> TokenStore::ensureTable() {
     return Result<bool>::failure(QStringLiteral("The token store has no open database connection."));
   }
   QSqlQuery query(db);
+  // Looked for first: the service's own database role may read the table but not create anything.
+  const Result<SqlDialect> dialect = SqlDialect::of(db);
+  if (!dialect.ok()) {
+    return Result<bool>::failure(dialect.error());
+  }
+  query.prepare(dialect->tableExistsQuery());
+  query.addBindValue(QStringLiteral("HOST_TOKEN"));
+  if (!query.exec()) {
+    return Result<bool>::failure(sqlFailure(QStringLiteral("Could not look for table HOST_TOKEN"), query));
+  }
+  if (query.next()) {
+    return true;
+  }
   const QString createTable = QStringLiteral(
       "CREATE TABLE IF NOT EXISTS HOST_TOKEN ("
       " TOKEN_ID VARCHAR(16) NOT NULL PRIMARY KEY,"
@@ -116,7 +131,8 @@ Result<IssuedToken> TokenStore::issue(const QString& officerId) {
   QSqlQuery officerQuery(QSqlDatabase::database(m_connectionName, false));
   officerQuery.setForwardOnly(true);
   // Officer ids are compared without regard to case, as the host does; the token gets the id as stored.
-  officerQuery.prepare(QStringLiteral("SELECT OFFICER_ID FROM OFFICER WHERE UPPER(OFFICER_ID) = UPPER(?)"));
+  officerQuery.prepare(
+      QStringLiteral("SELECT OFFICER_ID, ACTIVE_IND FROM OFFICER WHERE UPPER(OFFICER_ID) = UPPER(?)"));
   officerQuery.addBindValue(officer);
   if (!officerQuery.exec()) {
     return Result<IssuedToken>::failure(sqlFailure(QStringLiteral("Could not look up the officer"), officerQuery));
@@ -125,6 +141,11 @@ Result<IssuedToken> TokenStore::issue(const QString& officerId) {
     return Result<IssuedToken>::failure(QStringLiteral("There is no officer %1.").arg(officer));
   }
   const QString storedOfficer = officerQuery.value(0).toString();
+  // The host would refuse every request made with it: better to say so now than at the officer's desk.
+  if (officerQuery.value(1).toString() != QLatin1String("Y")) {
+    return Result<IssuedToken>::failure(
+        QStringLiteral("Officer %1 is not active; a token is issued only to an active officer.").arg(storedOfficer));
+  }
 
   const QByteArray salt = randomBytes(kSaltBytes);
   IssuedToken issued;

@@ -4,6 +4,7 @@
 #include "recordset_storage.h"
 
 #include <QDebug>
+#include <QVarLengthArray>
 
 #include <algorithm>
 #include <bit>
@@ -42,6 +43,11 @@ struct RecordSet::View {
   }
 };
 
+struct RecordSet::Watchers {
+  std::vector<std::pair<WatchId, std::function<void()>>> list;
+  WatchId next = 1;
+};
+
 namespace {
 
 const std::shared_ptr<Data>& closedData() {
@@ -69,13 +75,16 @@ RecordSet::RecordSet(QList<Field> fields)
 
 RecordSet::RecordSet(const RecordSet& other) : d(other.d), v(std::make_unique<View>(other.view())) {}
 
-RecordSet::RecordSet(RecordSet&& other) noexcept : d(std::exchange(other.d, closedData())), v(std::move(other.v)) {}
+RecordSet::RecordSet(RecordSet&& other) noexcept : d(std::exchange(other.d, closedData())), v(std::move(other.v)) {
+  other.notifyWatchers();
+}
 
 RecordSet& RecordSet::operator=(const RecordSet& other) {
   if (this != &other) {
     auto copy = std::make_unique<View>(other.view());
     d = other.d;
     v = std::move(copy);
+    notifyWatchers();
   }
   return *this;
 }
@@ -84,6 +93,8 @@ RecordSet& RecordSet::operator=(RecordSet&& other) noexcept {
   if (this != &other) {
     d = std::exchange(other.d, closedData());
     v = std::move(other.v);
+    other.notifyWatchers();
+    notifyWatchers();
   }
   return *this;
 }
@@ -137,6 +148,7 @@ void RecordSet::close() {
   w = View();
   w.revision = revision;
   w.changed();
+  notifyWatchers();
 }
 
 // --- rows in view order --------------------------------------------------------------------------------
@@ -290,6 +302,7 @@ void RecordSet::rowAdded(std::uint32_t row) {
   }
   w.pos = recordCount() - 1;
   w.changed();
+  notifyWatchers();
 }
 
 bool RecordSet::update(int field, const QVariant& value) {
@@ -322,6 +335,7 @@ bool RecordSet::updateAt(Bookmark bookmark, int field, const QVariant& value) {
   }
   d->invalidateKeys(field);
   mutableView().changed();
+  notifyWatchers();
   return true;
 }
 
@@ -345,6 +359,7 @@ bool RecordSet::deleteCurrent() {
   // The cursor now stands on the row that followed, or past the end.
   w.pos = row;
   w.changed();
+  notifyWatchers();
   return true;
 }
 
@@ -434,6 +449,7 @@ std::optional<TextError> RecordSet::setSort(const QString& sortText) {
     w.sortText.clear();
     setRows(std::move(rows));
     w.pos = current == kNoBookmark ? std::min(w.pos, recordCount()) : positionOf(current);
+    notifyWatchers();
     return std::nullopt;
   }
   if (!d->open) {
@@ -454,6 +470,7 @@ std::optional<TextError> RecordSet::setSort(const QString& sortText) {
   setRows(std::move(rows));
   // The current row stays current wherever the sort puts it.
   w.pos = current != kNoBookmark ? positionOf(current) : (wasBeforeFirst ? -1 : recordCount());
+  notifyWatchers();
   return std::nullopt;
 }
 
@@ -471,9 +488,13 @@ std::optional<TextError> RecordSet::setFilter(const QString& filterText) {
     }
     filter = std::get<std::shared_ptr<const detail::FilterNode>>(std::move(parsed));
   }
-  auto rows = liveRows();
-  if (filter) {
-    rows = detail::applyFilter(*filter, *d, std::move(rows));
+  std::vector<std::uint32_t> rows;
+  if (!filter) {
+    rows = liveRows();
+  } else if (d->deletedCount == 0) {
+    rows = detail::applyFilterToAll(*filter, *d);
+  } else {
+    rows = detail::applyFilter(*filter, *d, liveRows());
   }
   View& w = mutableView();
   if (!w.sortKeys.empty()) {
@@ -483,12 +504,51 @@ std::optional<TextError> RecordSet::setFilter(const QString& filterText) {
   w.filterText = w.filter ? filterText : QString();
   setRows(std::move(rows));
   w.pos = recordCount() > 0 ? 0 : -1;
+  notifyWatchers();
   return std::nullopt;
 }
 
 QString RecordSet::filter() const { return view().filterText; }
 
 std::uint64_t RecordSet::revision() const { return view().revision; }
+
+// --- change notification -------------------------------------------------------------------------------------------
+
+RecordSet::WatchId RecordSet::watch(std::function<void()> watcher) {
+  if (!watchers) {
+    watchers = std::make_unique<Watchers>();
+  }
+  const WatchId id = watchers->next++;
+  watchers->list.emplace_back(id, std::move(watcher));
+  return id;
+}
+
+void RecordSet::unwatch(WatchId id) {
+  if (!watchers) {
+    return;
+  }
+  std::erase_if(watchers->list, [id](const auto& entry) { return entry.first == id; });
+}
+
+void RecordSet::notifyWatchers() {
+  if (!watchers || watchers->list.empty()) {
+    return;
+  }
+  // Told by id from a snapshot, each through its own copy: a watcher may stop watching (itself or another)
+  // while it is being told.
+  QVarLengthArray<WatchId, 4> ids;
+  for (const auto& entry : watchers->list) {
+    ids.append(entry.first);
+  }
+  for (const WatchId id : ids) {
+    const auto found = std::find_if(watchers->list.begin(), watchers->list.end(),
+                                    [id](const auto& entry) { return entry.first == id; });
+    if (found != watchers->list.end()) {
+      const std::function<void()> tell = found->second;
+      tell();
+    }
+  }
+}
 
 std::size_t RecordSet::storageBytes() const {
   const View& w = view();

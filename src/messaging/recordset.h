@@ -14,6 +14,7 @@
 #include <QVariant>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -131,8 +132,16 @@ public:
   std::optional<TextError> setFilter(const QString& filterText);
   QString filter() const;
 
-  // Grows whenever rows, values, the sort or the filter change; a bound list compares it to redraw.
+  // Grows whenever rows, values, the sort or the filter change.
   std::uint64_t revision() const;
+
+  // --- change notification ------------------------------------------------------------------------------
+  // A watcher of this object (not of its copies) is called after every change that moves revision(), once the
+  // change is complete (cursor included), and after this object is assigned or moved from. Moving the cursor
+  // is not a change. A watcher may stop watching while it is called; it must not destroy the set nor throw.
+  using WatchId = std::uint64_t;
+  WatchId watch(std::function<void()> watcher);
+  void unwatch(WatchId id);
 
   // Bytes held by the row storage of this set, the comparison keys built so far included, and by this
   // copy's view (for memory checks); shared storage is counted in full.
@@ -146,6 +155,9 @@ private:
   std::shared_ptr<detail::Data> d;  // shared row storage, copied before the first write
   struct View;
   std::unique_ptr<View> v;  // this copy's cursor, sort order and filter (null only once moved from)
+  struct Watchers;
+  std::unique_ptr<Watchers> watchers;  // of this object only: never copied nor moved along
+  void notifyWatchers();
   void detach();
   const View& view() const;
   View& mutableView();

@@ -363,23 +363,71 @@ private:
 
 using Rows = std::vector<std::uint32_t>;
 
-template <typename Pass>
-Rows keepIf(Rows rows, Pass pass) {
-  std::size_t kept = 0;
-  for (const auto r : rows) {
-    rows[kept] = r;
-    kept += pass(r) ? 1 : 0;
+// The rows a step of a filter looks at: a list in ascending order, or every physical row of a set that has
+// none deleted. Every row is not listed: a first filter over a large set then writes down only the rows
+// that pass, as a hand-written loop would. Listing a million rows first took longer than comparing them
+// wherever fresh memory is expensive to map (each new page is a fault to the kernel).
+class Candidates {
+public:
+  static Candidates all(std::uint32_t count) {
+    Candidates c;
+    c.m_all = true;
+    c.m_count = count;
+    return c;
   }
-  rows.resize(kept);
-  return rows;
-}
+  Candidates(Rows rows) : m_rows(std::move(rows)) {}  // NOLINT: a list is a set of candidates
 
-Rows minus(const Rows& all, const Rows& some) {
-  Rows out;
-  out.reserve(all.size() - some.size());
-  std::set_difference(all.begin(), all.end(), some.begin(), some.end(), std::back_inserter(out));
-  return out;
-}
+  std::size_t size() const { return m_all ? m_count : m_rows.size(); }
+  bool empty() const { return size() == 0; }
+
+  // The candidates that `pass`, in ascending order.
+  template <typename Pass>
+  Rows keepIf(Pass pass) && {
+    if (m_all) {
+      Rows kept;
+      for (std::uint32_t r = 0; r < m_count; ++r) {
+        if (pass(r)) {
+          kept.push_back(r);
+        }
+      }
+      return kept;
+    }
+    std::size_t kept = 0;
+    for (const auto r : m_rows) {
+      m_rows[kept] = r;
+      kept += pass(r) ? 1 : 0;
+    }
+    m_rows.resize(kept);
+    return std::move(m_rows);
+  }
+
+  // The candidates not in `some` (a subset of them, ascending).
+  Rows minus(const Rows& some) const {
+    Rows out;
+    out.reserve(size() - some.size());
+    if (m_all) {
+      std::uint32_t next = 0;
+      for (const auto r : some) {
+        for (; next < r; ++next) {
+          out.push_back(next);
+        }
+        next = r + 1;
+      }
+      for (; next < m_count; ++next) {
+        out.push_back(next);
+      }
+      return out;
+    }
+    std::set_difference(m_rows.begin(), m_rows.end(), some.begin(), some.end(), std::back_inserter(out));
+    return out;
+  }
+
+private:
+  Candidates() = default;
+  Rows m_rows;
+  bool m_all = false;
+  std::uint32_t m_count = 0;
+};
 
 // Typed values pay for building when a comparison looks at a good part of the column: then reading every
 // cell once, and keeping the result for the next filter, costs little more than reading the cells
@@ -389,29 +437,29 @@ bool worthTyping(std::size_t candidates, const Data& data) { return candidates *
 // Keeps the rows whose value, ordered against the filter's value by `order` (unordered: null, or not of
 // the field's type), passes the comparison. Null and unreadable values pass none, not even <>.
 template <typename Order>
-Rows keepByOrder(Rows rows, FilterNode::Compare compare, Order order) {
+Rows keepByOrder(Candidates rows, FilterNode::Compare compare, Order order) {
   using C = FilterNode::Compare;
   switch (compare) {
     case C::Equal:
-      return keepIf(std::move(rows), [&](std::uint32_t r) { return std::is_eq(order(r)); });
+      return std::move(rows).keepIf([&](std::uint32_t r) { return std::is_eq(order(r)); });
     case C::NotEqual:
-      return keepIf(std::move(rows), [&](std::uint32_t r) {
+      return std::move(rows).keepIf([&](std::uint32_t r) {
         const std::partial_ordering o = order(r);
         return std::is_lt(o) || std::is_gt(o);
       });
     case C::Less:
-      return keepIf(std::move(rows), [&](std::uint32_t r) { return std::is_lt(order(r)); });
+      return std::move(rows).keepIf([&](std::uint32_t r) { return std::is_lt(order(r)); });
     case C::LessEqual:
-      return keepIf(std::move(rows), [&](std::uint32_t r) { return std::is_lteq(order(r)); });
+      return std::move(rows).keepIf([&](std::uint32_t r) { return std::is_lteq(order(r)); });
     case C::Greater:
-      return keepIf(std::move(rows), [&](std::uint32_t r) { return std::is_gt(order(r)); });
+      return std::move(rows).keepIf([&](std::uint32_t r) { return std::is_gt(order(r)); });
     case C::GreaterEqual:
-      return keepIf(std::move(rows), [&](std::uint32_t r) { return std::is_gteq(order(r)); });
+      return std::move(rows).keepIf([&](std::uint32_t r) { return std::is_gteq(order(r)); });
   }
   return {};
 }
 
-Rows compareRows(const FilterNode& node, const Data& data, Rows rows) {
+Rows compareRows(const FilterNode& node, const Data& data, Candidates rows) {
   constexpr std::partial_ordering kNone = std::partial_ordering::unordered;
   const auto& column = data.columns[static_cast<std::size_t>(node.field)];
   const std::uint32_t* cells = column.cells();
@@ -458,29 +506,29 @@ Rows compareRows(const FilterNode& node, const Data& data, Rows rows) {
       });
     }
   }
-  return rows;
+  return {};
 }
 
-Rows evaluate(const FilterNode& node, const Data& data, Rows rows) {
+Rows evaluate(const FilterNode& node, const Data& data, Candidates rows) {
   using K = FilterNode::Kind;
   switch (node.kind) {
-    case K::And:
-      for (const auto& child : node.children) {
-        if (rows.empty()) {
-          break;
-        }
-        rows = evaluate(*child, data, std::move(rows));
+    case K::And: {
+      auto child = node.children.begin();
+      Rows kept = evaluate(**child, data, std::move(rows));
+      for (++child; child != node.children.end() && !kept.empty(); ++child) {
+        kept = evaluate(**child, data, std::move(kept));
       }
-      return rows;
+      return kept;
+    }
     case K::Or: {
       Rows passed;
-      Rows remaining = std::move(rows);
+      Candidates remaining = std::move(rows);
       for (const auto& child : node.children) {
         if (remaining.empty()) {
           break;
         }
         Rows hit = evaluate(*child, data, remaining);
-        remaining = minus(remaining, hit);
+        remaining = remaining.minus(hit);
         Rows merged;
         merged.reserve(passed.size() + hit.size());
         std::merge(passed.begin(), passed.end(), hit.begin(), hit.end(), std::back_inserter(merged));
@@ -490,13 +538,13 @@ Rows evaluate(const FilterNode& node, const Data& data, Rows rows) {
     }
     case K::Not: {
       const Rows hit = evaluate(*node.children.front(), data, rows);
-      return minus(rows, hit);
+      return rows.minus(hit);
     }
     case K::IsNull:
     case K::NotNull: {
       const std::uint32_t* cells = data.columns[static_cast<std::size_t>(node.field)].cells();
       const bool wantNull = node.kind == K::IsNull;
-      return keepIf(std::move(rows), [&](std::uint32_t r) { return (cells[r] == kNullCell) == wantNull; });
+      return std::move(rows).keepIf([&](std::uint32_t r) { return (cells[r] == kNullCell) == wantNull; });
     }
     case K::Compare:
       return compareRows(node, data, std::move(rows));
@@ -505,7 +553,7 @@ Rows evaluate(const FilterNode& node, const Data& data, Rows rows) {
       const auto& column = data.columns[static_cast<std::size_t>(node.field)];
       const std::uint32_t* cells = column.cells();
       std::string folded;
-      return keepIf(std::move(rows), [&](std::uint32_t r) {
+      return std::move(rows).keepIf([&](std::uint32_t r) {
         if (cells[r] == kNullCell) {
           return false;
         }
@@ -514,7 +562,7 @@ Rows evaluate(const FilterNode& node, const Data& data, Rows rows) {
       });
     }
   }
-  return rows;
+  return {};
 }
 
 // --- sorting --------------------------------------------------------------------------------------------------
@@ -598,6 +646,10 @@ std::variant<std::shared_ptr<const FilterNode>, TextError> parseFilter(const QSt
 std::vector<std::uint32_t> applyFilter(const FilterNode& filter, const Data& data,
                                        std::vector<std::uint32_t> candidates) {
   return evaluate(filter, data, std::move(candidates));
+}
+
+std::vector<std::uint32_t> applyFilterToAll(const FilterNode& filter, const Data& data) {
+  return evaluate(filter, data, Candidates::all(data.rows));
 }
 
 void applySort(const std::vector<SortKey>& keys, const Data& data, std::vector<std::uint32_t>& rows) {

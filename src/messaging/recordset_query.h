@@ -50,6 +50,8 @@ std::variant<std::shared_ptr<const FilterNode>, TextError> parseFilter(const QSt
 // order.
 std::vector<std::uint32_t> applyFilter(const FilterNode& filter, const Data& data,
                                        std::vector<std::uint32_t> candidates);
+// The same over every physical row of a set that has none deleted, without listing them first.
+std::vector<std::uint32_t> applyFilterToAll(const FilterNode& filter, const Data& data);
 
 // Sorts `rows` (physical rows in ascending order) by the keys; equal rows keep their order.
 void applySort(const std::vector<SortKey>& keys, const Data& data, std::vector<std::uint32_t>& rows);

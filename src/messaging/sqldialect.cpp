@@ -109,13 +109,19 @@ QStringList SqlDialect::appendOnlyGuard(const QString& table) const {
             .arg(lower, table),
     };
   }
+  // TRUNCATE fires no row trigger: it needs a statement trigger of its own, or it empties the table at a stroke.
   return {
       QStringLiteral("CREATE OR REPLACE FUNCTION %1_append_only() RETURNS trigger LANGUAGE plpgsql AS $$ "
-                     "BEGIN RAISE EXCEPTION '%2 is append-only: its rows can not be changed or deleted'; END $$")
+                     "BEGIN RAISE EXCEPTION '%2 is append-only: its rows can not be changed, deleted or truncated'; "
+                     "END $$")
           .arg(lower, table),
       QStringLiteral("DROP TRIGGER IF EXISTS %1_append_only ON %2").arg(lower, table),
       QStringLiteral("CREATE TRIGGER %1_append_only BEFORE UPDATE OR DELETE ON %2 "
                      "FOR EACH ROW EXECUTE FUNCTION %1_append_only()")
+          .arg(lower, table),
+      QStringLiteral("DROP TRIGGER IF EXISTS %1_no_truncate ON %2").arg(lower, table),
+      QStringLiteral("CREATE TRIGGER %1_no_truncate BEFORE TRUNCATE ON %2 "
+                     "FOR EACH STATEMENT EXECUTE FUNCTION %1_append_only()")
           .arg(lower, table),
   };
 }

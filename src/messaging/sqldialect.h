@@ -64,7 +64,8 @@ public:
   bool statementsTravel() const { return m_kind == Kind::Postgres; }
 
   // --- schema --------------------------------------------------------------------------------------------
-  // Statements that make `table` append-only: any UPDATE or DELETE of its rows fails.
+  // Statements that make `table` append-only: any UPDATE, DELETE or TRUNCATE of its rows fails. (SQLite has no
+  // TRUNCATE: its "DELETE FROM table" without a condition runs the delete trigger all the same.)
   QStringList appendOnlyGuard(const QString& table) const;
   // Statements run on every new connection.
   QStringList sessionSetup() const;

@@ -1,14 +1,20 @@
 #pragma once
 // A grid (mSdg...): the lists of the screens, as the logic and a view use them.
 //
-// Two ways to hold rows:
-// - bound: the rows are the visible rows of the record set held by a data control (Adodc), in the
-//   set's sort and filter order; the grid's current row is the record set's cursor;
-// - unbound: rows added as tab-separated text (addItem), removed by index (removeItem).
-//
-// Columns are addressed by index or by name (case-insensitive). A name the grid lacks gives a stand-in
-// column (isNull()) whose writes do nothing and whose reads give null: screens that tune columns a grid
-// does not have (locking "REMOVE" on a grid that has "REINSTATE") go on without an error.
+// The grid is put together from its parts, each in its own file:
+// - gridcolumns.h: the columns (by index and by name, with a stand-in for a name the grid lacks) and the
+//   named style sets;
+// - gridrows.h: where the rows come from, bound or unbound, behind one row source:
+//   - bound: the rows are the visible rows of the record set held by a data control (Adodc), in the set's
+//     sort and filter order; the grid's current row is the record set's cursor. The grid follows the set's
+//     change notifications (through the data control), never by checking on a read;
+//   - unbound: rows added as tab-separated text (addItem), removed by index (removeItem);
+// - gridselection.h: the selected rows and the anchor of a Shift+click;
+// - gridrowloaded.h: what RowLoaded wrote for the rows it formatted;
+// - gridannouncer.h: what the views hear and when (resets, rows, cells, the current row, redraw, the first
+//   visible row).
+// This class holds them together: the values of a row, the person's edits and the notifications the screens
+// handle (RowLoaded, Click, Change, AfterUpdate, SelChange, ScrollAfter).
 //
 // Values of a row are read through three layers, first hit wins:
 //   1. the person's pending edit of that row (userEditCell, until update() commits it);
@@ -17,143 +23,49 @@
 //      column of a bound grid that has no field in the set).
 // RowLoaded runs for a row the first time any of its values is read, so the values are right with no
 // view attached; its writes land in layer 2 only and never reach the record set. Layer 2 is dropped for
-// a row when the row changes, and for all rows when the record set's revision moves, the grid is rebound
+// a row when the row changes, and for all rows when the record set changes, the grid is rebound
 // or refreshed, or the handler is replaced.
 //
 // Walking the rows ("moveFirst; while row() <= rows() - 1: read/write the current row; moveNext") is
 // cheap and exact, and the position can be restored by row or bookmark. Removing the current row during
 // such a walk leaves the grid between rows: the next moveNext lands on the row that followed the removed
 // one, so a walk that removes marked rows removes all of them, including neighbours.
+//
+// The person's edits: typing into a cell (userEditCell) is a pending edit of the row; Change fires at once
+// (the new value readable), and AfterUpdate when the edit is committed: by update(), or when the person
+// moves to another row. Checking a check cell (userSetCheck) and choosing from a drop-down list
+// (userChooseItem) are whole edits in one act: Change fires, and then the edit is committed with AfterUpdate
+// unless the screen's Change handler already committed it (update()) or cancelled it (cancelUpdate()).
 
 #include "messaging/recordset.h"
 #include "platform/control.h"
+#include "platform/gridannouncer.h"
+#include "platform/gridcolumns.h"
+#include "platform/gridrowloaded.h"
+#include "platform/gridrows.h"
+#include "platform/gridselection.h"
 
-#include <QColor>
 #include <QFont>
 #include <QHash>
 #include <QList>
+#include <QMetaObject>
+#include <QPointer>
 #include <QStringList>
 #include <QVariant>
 
-#include <cstdint>
 #include <functional>
-#include <memory>
-#include <optional>
-#include <utility>
-#include <vector>
 
 namespace adjustacc::platform {
 
 class Adodc;
-class Grid;
-
-// A named style set ("UNBOLD"): a font weight and colours that columns give their cells or headings.
-// What it leaves unset comes from the grid's own font and the view's colours.
-class StyleSet {
-public:
-  QString name() const { return m_name; }
-  std::optional<bool> bold() const { return m_bold; }
-  void setBold(bool bold);
-  QColor foreColor() const { return m_foreColor; }
-  void setForeColor(const QColor& color);
-  QColor backColor() const { return m_backColor; }
-  void setBackColor(const QColor& color);
-  // The grid's font with this style's weight applied.
-  QFont resolve(const QFont& gridFont) const;
-
-private:
-  friend class Grid;
-  StyleSet(Grid* grid, QString name) : m_grid(grid), m_name(std::move(name)) {}
-  Grid* m_grid;
-  QString m_name;
-  std::optional<bool> m_bold;
-  QColor m_foreColor;
-  QColor m_backColor;
-};
-
-class GridColumn {
-public:
-  // How the view presents the cells: as text, as money ("$#,##0.00", right-aligned) or as a check box
-  // (checked when the cell holds "-1").
-  enum class Display { Text, Currency, Check };
-
-  // The stand-in for a column the grid lacks.
-  bool isNull() const { return m_position < 0; }
-  int position() const { return m_position; }
-
-  QString caption() const { return m_caption; }
-  void setCaption(const QString& caption);
-  QString name() const { return m_name; }
-  void setName(const QString& name);
-  // Field of the bound record set; empty (or a field the set lacks) makes the column unbound.
-  QString dataField() const { return m_dataField; }
-  void setDataField(const QString& field);
-
-  // Locked: the person cannot change the cells; the logic still can.
-  bool isLocked() const { return m_locked; }
-  void setLocked(bool locked);
-  bool isVisible() const { return m_visible; }
-  void setVisible(bool visible);
-  // Width for the view; 0 lets the view choose.
-  int width() const { return m_width; }
-  void setWidth(int width);
-
-  Display display() const { return m_display; }
-  void setDisplay(Display display);
-  // Explicit alignment, or the one that suits the display (money right, check centred, text left).
-  Qt::Alignment alignment() const;
-  void setAlignment(Qt::Alignment alignment);
-
-  // Style sets by name for the cells and the heading; empty means the grid's own font.
-  QString styleSet() const { return m_styleSet; }
-  void setStyleSet(const QString& name);
-  QString headStyleSet() const { return m_headStyleSet; }
-  void setHeadStyleSet(const QString& name);
-
-  // The drop-down list the person picks the cell's value from; empty means free text.
-  QStringList dropDownItems() const { return m_dropDown; }
-  void addDropDownItem(const QString& item);
-  void setDropDownItems(const QStringList& items);
-  void clearDropDown();
-
-  // --- values ----------------------------------------------------------------------------------------
-  // At the grid's current row (inside RowLoaded: at the row being loaded). Null at no row.
-  QVariant value() const;
-  // value() as text; empty for null.
-  QString text() const;
-  // Writes at the same row: inside RowLoaded a display value; otherwise the row's value (bound columns
-  // write the record set at once). Returns false when there is no row or the write was refused.
-  bool setValue(const QVariant& value);
-  // At any visible row.
-  QVariant cellValue(int row) const;
-
-private:
-  friend class Grid;
-  GridColumn(Grid* grid, int position) : m_grid(grid), m_position(position) {}
-  void headerTouched();
-
-  Grid* m_grid;
-  int m_position;
-  QString m_caption;
-  QString m_name;
-  QString m_dataField;
-  bool m_locked = false;
-  bool m_visible = true;
-  int m_width = 0;
-  Display m_display = Display::Text;
-  std::optional<Qt::Alignment> m_alignment;
-  QString m_styleSet;
-  QString m_headStyleSet;
-  QStringList m_dropDown;
-};
 
 class Grid : public Control {
   Q_OBJECT
 public:
   using Bookmark = messaging::Bookmark;
   using RowLoadedHandler = std::function<void(Bookmark)>;
-  enum class SelectionMode { None, Single, Multi };
-  enum class ClickKind { Replace, Toggle, Extend };  // plain click, Ctrl+click, Shift+click
+  using SelectionMode = GridSelectionMode;
+  using ClickKind = GridClickKind;
 
   explicit Grid(QString name, QObject* parent = nullptr);
   ~Grid() override;
@@ -165,16 +77,16 @@ public:
   QFont font() const { return m_font; }
   void setFont(const QFont& font);
   // The named style set; created (with nothing set) the first time it is asked for.
-  StyleSet& styleSet(const QString& name);
-  bool hasStyleSet(const QString& name) const;
-  QFont cellFont(int column) const;
-  QFont headFont(int column) const;
+  StyleSet& styleSet(const QString& name) { return m_columns.styleSet(name); }
+  bool hasStyleSet(const QString& name) const { return m_columns.findStyleSet(name) != nullptr; }
+  QFont cellFont(int column) const { return m_columns.cellFont(column, m_font); }
+  QFont headFont(int column) const { return m_columns.headFont(column, m_font); }
   // Colours of a column's cells from its style set; invalid means the view's default.
-  QColor cellForeColor(int column) const;
-  QColor cellBackColor(int column) const;
+  QColor cellForeColor(int column) const { return m_columns.cellForeColor(column); }
+  QColor cellBackColor(int column) const { return m_columns.cellBackColor(column); }
 
   // --- columns ---------------------------------------------------------------------------------------
-  int columnCount() const { return static_cast<int>(m_columns.size()); }
+  int columnCount() const { return m_columns.count(); }
   // Appends a column; the caption defaults to the name.
   GridColumn& addColumn(const QString& name, const QString& caption = {}, const QString& dataField = {});
   // The stand-in null column for an index out of range or a name the grid lacks (logged).
@@ -182,15 +94,15 @@ public:
   const GridColumn& column(int index) const;
   GridColumn& column(const QString& name);
   const GridColumn& column(const QString& name) const;
-  int columnIndex(const QString& name) const;  // -1 when absent
+  int columnIndex(const QString& name) const { return m_columns.indexOf(name); }  // -1 when absent
   bool hasColumn(const QString& name) const { return columnIndex(name) >= 0; }
   void removeAllColumns();
 
   // --- binding ---------------------------------------------------------------------------------------
   // Binds to a data control (the grid follows its record set); null makes the grid unbound.
   void setDataSource(Adodc* source);
-  Adodc* dataSource() const { return m_source.data(); }
-  bool isBound() const { return m_bindMode; }
+  Adodc* dataSource() const;
+  bool isBound() const { return m_rows == &m_bound; }
   messaging::RecordSetPtr recordset() const;
   // Re-reads the data control's record set from scratch (ReBind): display values, selection and
   // unbound-column values of a bound grid are dropped.
@@ -199,7 +111,7 @@ public:
   void refresh();
 
   // --- rows --------------------------------------------------------------------------------------------
-  int rows() const;
+  int rows() const { return m_rows->count(); }
   // Adds a row from tab-separated cells in column order, empty and trailing cells kept ("a\t\tb\t" is four
   // cells). Appends, or inserts before the row at index. Unbound grids only; false (logged) otherwise.
   bool addItem(const QString& tabSeparatedCells, int index = -1);
@@ -210,7 +122,7 @@ public:
 
   // --- current row ---------------------------------------------------------------------------------------
   // 0-based; rows() when past the last row; -1 only when the record set was moved before its first row.
-  int row() const;
+  int row() const { return m_rows->current(); }
   bool setRow(int row);  // 0..rows(); false (unchanged) otherwise
   void moveFirst();
   void moveLast();
@@ -219,18 +131,18 @@ public:
   bool atEnd() const { return row() >= rows(); }
   Bookmark bookmark() const { return bookmarkAt(row()); }
   bool setBookmark(Bookmark bookmark);
-  Bookmark bookmarkAt(int row) const;  // kNoBookmark outside the rows
-  int rowOfBookmark(Bookmark bookmark) const;
+  Bookmark bookmarkAt(int row) const { return m_rows->bookmarkAt(row); }  // kNoBookmark outside the rows
+  int rowOfBookmark(Bookmark bookmark) const { return m_rows->rowOf(bookmark); }
 
-  int firstVisibleRow() const { return m_firstVisible; }
-  void setFirstVisibleRow(int row);  // clamped to the rows
+  int firstVisibleRow() const { return m_announcer.firstVisibleRow(); }
+  void setFirstVisibleRow(int row) { m_announcer.setFirstVisibleRow(row); }  // clamped to the rows
 
   // --- selection -------------------------------------------------------------------------------------------
-  SelectionMode selectionMode() const { return m_selectionMode; }
+  SelectionMode selectionMode() const { return m_selection.mode(); }
   void setSelectionMode(SelectionMode mode);
   // Visible selected rows in ascending order (selection is kept by bookmark, so it survives sorting).
-  QList<int> selectedRows() const;
-  QList<Bookmark> selectedBookmarks() const { return m_selected; }
+  QList<int> selectedRows() const { return m_selection.rows(*m_rows); }
+  QList<Bookmark> selectedBookmarks() const { return m_selection.bookmarks(); }
   int selectedCount() const { return static_cast<int>(selectedRows().size()); }
   bool isRowSelected(int row) const;
   void selectRow(int row, bool selected = true);
@@ -238,8 +150,8 @@ public:
 
   // --- drawing -----------------------------------------------------------------------------------------------
   // Redraw off: cell changes are not signalled until redraw is switched on again (then once, for all).
-  bool redraw() const { return m_redraw; }
-  void setRedraw(bool redraw);
+  bool redraw() const { return m_announcer.redraw(); }
+  void setRedraw(bool redraw) { m_announcer.setRedraw(redraw); }
 
   // --- values ------------------------------------------------------------------------------------------------
   // A cell through the three layers (runs RowLoaded for the row if needed); null outside the grid.
@@ -266,7 +178,7 @@ public:
   // --- what a view calls -------------------------------------------------------------------------------------
   // Row count as last announced by the signals below: what a view model reports, so that it never sees
   // a count change it was not told about.
-  int viewRowCount() const { return m_viewRows; }
+  int viewRowCount() const { return m_announcer.viewRowCount(); }
   // The person moves to a row: the pending edit of the row left is committed first (AfterUpdate).
   bool userSetCurrentRow(int row);
   // The person clicks a row (-1: the grid outside any row): current row, selection (SelChange when it
@@ -275,7 +187,15 @@ public:
   // The person edits a cell: becomes the pending edit of its row; Change fires. Refused when the grid or
   // the column cannot be edited.
   bool userEditCell(int row, int column, const QVariant& value);
-  // The person clicks a check cell: "-1" when it was clear, "0" when it was set.
+  // The person checks or clears the check box of a check column's cell: "-1" when checked, "0" when clear;
+  // Change, then AfterUpdate (see the top of this file). Setting it as it already is changes nothing.
+  // Refused for a column that does not show check boxes, or one the person cannot edit.
+  bool userSetCheck(int row, int column, bool checked);
+  // The person picks an item of a column's drop-down list; the cell takes the list's own spelling of it.
+  // Change, then AfterUpdate; picking the value the cell holds changes nothing. Refused for a column
+  // without a list, an item the list lacks, or a column the person cannot edit.
+  bool userChooseItem(int row, int column, const QString& item);
+  // The person clicks a check cell as a pending edit of the row: "-1" when it was clear, "0" when it was set.
   bool userToggleCheck(int row, int column);
   // The view scrolled: first visible row, then ScrollAfter.
   void userScrolled(int firstVisibleRow);
@@ -306,95 +226,50 @@ private:
   friend class GridColumn;
   friend class StyleSet;
 
-  struct Item {
-    Bookmark id;
-    QList<QVariant> cells;
-  };
   struct Pending {
     Bookmark row = messaging::kNoBookmark;
     QHash<int, QVariant> values;
   };
-  // What RowLoaded wrote for one row: a handful of cells, so a flat list beats a hash.
-  using Overlay = QList<std::pair<int, QVariant>>;
-  static const QVariant* overlayValue(const Overlay& overlay, int column);
-  // RowLoaded results per row. A walk reads several cells of one row after another, so the last row
-  // found is remembered; every change forgets it.
-  // Bookmarks are the record set's row numbers (dense from 0), so the loaded rows are kept by position.
-  class LoadedRows {
-  public:
-    const Overlay* find(Bookmark id) const;
-    void insertEmpty(Bookmark id);
-    void set(Bookmark id, int column, const QVariant& value);
-    void remove(Bookmark id);
-    void clear();
-
-  private:
-    bool holds(Bookmark id) const {
-      return id >= 0 && static_cast<std::size_t>(id) < m_loaded.size() && m_loaded[static_cast<std::size_t>(id)];
-    }
-    std::vector<Overlay> m_rows;
-    std::vector<bool> m_loaded;
-  };
 
   // Context row of column reads and writes: the row being loaded, or the current row.
-  int contextRow() const;
-  // Without first checking the record set for changes (the caller just did).
-  int rowsAsSeen() const;
-  Bookmark bookmarkAsSeen(int row) const;
-  bool isLoading(int row) const { return m_loadingRow >= 0 && row == m_loadingRow; }
-  const Overlay* ensureLoaded(int row, Bookmark id) const;
-  QVariant baseValue(int row, Bookmark id, int column) const;
-  bool writeBase(int row, Bookmark id, int column, const QVariant& value);
+  int contextRow() const { return m_rowLoaded.isLoading() ? m_rowLoaded.loadingRow() : row(); }
+  const GridRowLoaded::Values* ensureLoaded(int row, Bookmark id) const;
+  bool writeRow(int row, Bookmark id, int column, const QVariant& value);
+  // Whether the person can edit the cell (logged when not).
+  bool personMayEdit(int row, int column) const;
+  // The person's edit of one cell: the edited row's bookmark, or kNoBookmark when refused.
+  Bookmark editCell(int row, int column, const QVariant& value);
+  // The person's edit of one cell, made a whole edit: Change, then committed unless the Change handler did.
+  bool userEditWhole(int row, int column, const QVariant& value);
   void bindNow();
-  void syncWithRecordset() const;
-  void resolveFields() const;
-  int fieldOf(int column) const;
-  void publishReset();
-  void scheduleReset() const;
-  void noteCurrentMoved() const;
-  void signalCells(int firstRow, int lastRow);
-  void columnsChanged(bool layout);
+  void connectSource();
+  void followRecordset();
+  void sourceDestroyed();
+  void columnTouched(GridColumn::Touch touch);
+  void styleTouched() { Q_EMIT headerChanged(); }
+  void columnsReplaced();
   void dropRowState(Bookmark id);
 
   QString m_caption;
   QFont m_font;
-  std::vector<std::unique_ptr<StyleSet>> m_styleSets;
-  std::vector<std::unique_ptr<GridColumn>> m_columns;
-  std::unique_ptr<GridColumn> m_nullColumn;
+  GridColumns m_columns{*this};
 
-  bool m_bindMode = false;
+  UnboundRows m_unbound;
+  BoundRows m_bound{m_columns};
+  GridRowSource* m_rows = &m_unbound;
   QPointer<Adodc> m_source;
   QList<QMetaObject::Connection> m_sourceConnections;
-  mutable messaging::RecordSetPtr m_bound;  // the set as last seen
-  mutable std::uint64_t m_seenRevision = 0;
-  mutable QList<int> m_fieldOfColumn;  // per column: field index in the bound set, -1 when unbound
-  mutable bool m_fieldsResolved = false;
-  QHash<Bookmark, QHash<int, QVariant>> m_extraCells;  // bound grid: values of columns without a field
+  bool m_writingSet = false;  // the grid's own write to the record set: it knows what changed
 
-  QList<Item> m_items;  // unbound rows
-  Bookmark m_nextId = 1;
-  int m_row = 0;                // unbound current row
-  bool m_betweenRows = false;   // the current row was just removed
-
-  mutable LoadedRows m_loaded;
-  mutable int m_loadingRow = -1;
-  mutable Bookmark m_loadingId = messaging::kNoBookmark;
-  RowLoadedHandler m_rowLoaded;
+  RowLoadedHandler m_rowLoadedHandler;
+  // Filled as rows are read, by the screen's handler: a cache of what reading a row means.
+  mutable GridRowLoaded m_rowLoaded;
 
   Pending m_pending;
   bool m_allowUpdate = true;
 
-  SelectionMode m_selectionMode = SelectionMode::Multi;
-  QList<Bookmark> m_selected;
-  Bookmark m_anchor = messaging::kNoBookmark;
-  int m_firstVisible = 0;
-
-  bool m_redraw = true;
-  bool m_cellsDirty = false;
-  int m_viewRows = 0;
-  mutable bool m_resetQueued = false;
-  mutable bool m_currentQueued = false;
-  mutable int m_announcedRow = -2;
+  GridSelection m_selection;
+  GridAnnouncer m_announcer{*this};
 };
 
 }  // namespace adjustacc::platform

@@ -18,6 +18,7 @@ struct Accepted {
   QString host;
   int latency;
   bool openAtStart;
+  host::DutySeparation duties = host::DutySeparation::NeighbouringSteps;
 };
 
 class AcceptedOptions : public ::testing::TestWithParam<Accepted> {};
@@ -33,6 +34,7 @@ TEST_P(AcceptedOptions, AreRead) {
   EXPECT_EQ(options->hostUrl.toString(), c.host);
   EXPECT_EQ(options->latencyMs, c.latency);
   EXPECT_EQ(options->openAtStart, c.openAtStart);
+  EXPECT_EQ(options->dutySeparation, c.duties);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -42,6 +44,8 @@ INSTANTIATE_TEST_SUITE_P(
         Accepted{"DataAndUser", {u"--data"_s, u"/tmp/x"_s, u"--user"_s, u" CLERK01 "_s}, Mode::Embedded,
                  u"CLERK01"_s, u"/tmp/x"_s, {}, 0, true},
         Accepted{"Latency", {u"--latency=300"_s, u"--no-open"_s}, Mode::Embedded, u"ADMIN01"_s, {}, {}, 300, false},
+        Accepted{"FourOfficers", {u"--duty-separation"_s, u"four-officers"_s}, Mode::Embedded, u"ADMIN01"_s, {}, {}, 0,
+                 true, host::DutySeparation::FourOfficers},
         Accepted{"Remote", {u"--host"_s, u"http://hq:8470"_s, u"--token"_s, u"abc.def"_s, u"--user"_s, u"VERIFY01"_s},
                  Mode::Remote, u"VERIFY01"_s, {}, u"http://hq:8470"_s, 0, true}),
     [](const ::testing::TestParamInfo<Accepted>& param) { return std::string(param.param.name); });
@@ -73,7 +77,11 @@ INSTANTIATE_TEST_SUITE_P(
                       Refused{"EmptyUser", {u"--user"_s, u"  "_s}, u"--user"_s},
                       Refused{"LatencyNotANumber", {u"--latency"_s, u"soon"_s}, u"soon"_s},
                       Refused{"LatencyNegative", {u"--latency"_s, u"-5"_s}, u"-5"_s},
-                      Refused{"StrayArgument", {u"account.xml"_s}, u"account.xml"_s}),
+                      Refused{"StrayArgument", {u"account.xml"_s}, u"account.xml"_s},
+                      Refused{"UnknownDutySeparation", {u"--duty-separation"_s, u"three"_s}, u"\"three\""_s},
+                      Refused{"HostWithDutySeparation",
+                              {u"--host"_s, u"http://hq"_s, u"--token"_s, u"t"_s, u"--duty-separation"_s, u"neighbouring"_s},
+                              u"--duty-separation apply to the local database only"_s}),
     [](const ::testing::TestParamInfo<Refused>& param) { return std::string(param.param.name); });
 
 TEST(StartOptionsTest, TheTokenMayComeFromTheEnvironment) {
@@ -90,7 +98,8 @@ TEST(StartOptionsTest, HelpIsOfferedWithEveryOption) {
   ASSERT_TRUE(options);
   EXPECT_TRUE(options->showHelp);
   const QString help = startOptionsHelpText();
-  for (const QString& option : {u"--data"_s, u"--user"_s, u"--host"_s, u"--token"_s, u"--latency"_s}) {
+  for (const QString& option :
+       {u"--data"_s, u"--user"_s, u"--host"_s, u"--token"_s, u"--latency"_s, u"--duty-separation"_s}) {
     EXPECT_TRUE(help.contains(option)) << option.toStdString();
   }
 }

@@ -38,6 +38,15 @@ inline std::string backendName(const ::testing::TestParamInfo<Backend>& info) {
 
 using Fields = QList<std::pair<QString, QVariant>>;
 
+// A save record with these fields, in this order.
+inline messaging::SaveRecord saveRecord(const Fields& fields) {
+  messaging::SaveRecord record;
+  for (const auto& [field, value] : fields) {
+    record.setField(field, value);
+  }
+  return record;
+}
+
 // Builds requests the way the screens do: system MARVENTO, operator "=".
 class RequestBuilder {
 public:
@@ -54,10 +63,7 @@ public:
     return *this;
   }
   RequestBuilder& record(const QString& name, const Fields& fields) {
-    messaging::SaveRecord record;
-    for (const auto& [field, value] : fields) {
-      record.setField(field, value);
-    }
+    const messaging::SaveRecord record = saveRecord(fields);
     for (auto& list : m_request.records) {
       if (list.name == name) {
         list.records.append(record);

@@ -1,12 +1,6 @@
 // The adjustacc-host HTTP service in process on a loopback port, with a real HTTP client and the remote
 // link; and the bearer-token store. On SQLite always, on PostgreSQL when ADJUSTACC_TEST_PG names a server.
-#include "linkhelpers.h"
-
-#include "host/hostsystem.h"
-#include "host/httpservice.h"
-#include "host/tokens.h"
-#include "messaging/jsoncodec.h"
-#include "messaging/remotelink.h"
+#include "servicefixture.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -33,6 +27,8 @@ using host::HttpService;
 using host::RequestLogEntry;
 using host::TokenStore;
 using host::testing::accountInquiry;
+using host::testing::HttpResult;
+using host::testing::TestConnection;
 using messaging::RemoteLink;
 using messaging::Reply;
 using messaging::Request;
@@ -41,31 +37,7 @@ namespace {
 
 using namespace Qt::Literals::StringLiterals;
 
-constexpr int kWaitMs = 30000;
-
-// A connection of the test's own, on the test thread, closed and removed with this object.
-class TestConnection {
-public:
-  explicit TestConnection(const DatabaseOptions& options)
-      : m_name(u"service-test-"_s + QUuid::createUuid().toString(QUuid::WithoutBraces)),
-        m_opened(host::openDatabase(options, m_name)) {}
-  ~TestConnection() {
-    if (QSqlDatabase::contains(m_name)) {
-      QSqlDatabase::database(m_name, false).close();
-      QSqlDatabase::removeDatabase(m_name);
-    }
-  }
-  TestConnection(const TestConnection&) = delete;
-  TestConnection& operator=(const TestConnection&) = delete;
-  bool ok() const { return m_opened.ok(); }
-  QString error() const { return m_opened.error(); }
-  const QString& name() const { return m_name; }
-  QSqlDatabase db() const { return QSqlDatabase::database(m_name, false); }
-
-private:
-  QString m_name;
-  messaging::Result<bool> m_opened;
-};
+constexpr int kWaitMs = host::testing::kServiceWaitMs;
 
 // The id part of a bearer token; empty (and a failure) when the token does not split.
 QString tokenId(const QString& token) {
@@ -75,109 +47,7 @@ QString tokenId(const QString& token) {
   return id;
 }
 
-struct HttpResult {
-  int status = 0;
-  QByteArray contentType;
-  QByteArray body;
-  QNetworkReply::NetworkError error = QNetworkReply::NoError;
-};
-
-class HttpServiceTest : public ::testing::TestWithParam<const char*> {
-protected:
-  void SetUp() override {
-    if (QLatin1String(GetParam()) == QLatin1String("postgresql")) {
-      const QString pg = qEnvironmentVariable("ADJUSTACC_TEST_PG");
-      if (pg.isEmpty()) {
-        GTEST_SKIP() << "ADJUSTACC_TEST_PG is not set";
-      }
-      auto options = DatabaseOptions::fromPostgresConnectionString(pg);
-      ASSERT_TRUE(options.ok()) << qPrintable(options.error());
-      m_options = options.value();
-      m_options.schema = u"svc_"_s + QUuid::createUuid().toString(QUuid::Id128).left(16);
-    } else {
-      ASSERT_TRUE(m_dir.isValid());
-      m_options.driver = u"QSQLITE"_s;
-      m_options.databaseName = m_dir.filePath(u"host.sqlite"_s);
-    }
-
-    {
-      TestConnection admin(m_options);
-      ASSERT_TRUE(admin.ok()) << qPrintable(admin.error());
-      ASSERT_TRUE(host::createSchema(admin.name()).ok());
-      const auto demo = host::loadDemoData(admin.name(), QDate::currentDate());
-      ASSERT_TRUE(demo.ok()) << qPrintable(demo.error());
-      TokenStore tokens(admin.name());
-      ASSERT_TRUE(tokens.ensureTable().ok());
-      const host::testing::DemoFacts facts = host::testing::readDemoFacts(admin.db());
-      m_officers = facts.officers;
-      ASSERT_GE(m_officers.size(), 2);
-      m_type = facts.type;
-      m_number = facts.number;
-      ASSERT_FALSE(m_number.isEmpty()) << "the demo set has accounts";
-      m_token = tokens.issue(m_officers[0])->token;
-      m_otherToken = tokens.issue(m_officers[1])->token;
-    }
-
-    host::HttpServiceOptions serviceOptions;
-    serviceOptions.database = m_options;
-    serviceOptions.tokenCacheLifetime = std::chrono::milliseconds(0);  // revocations apply at once here
-    m_service = std::make_unique<HttpService>(serviceOptions);
-    const auto port = m_service->listen(QHostAddress::LocalHost, 0);
-    ASSERT_TRUE(port.ok()) << qPrintable(port.error());
-    m_url = QUrl(u"http://127.0.0.1:%1"_s.arg(port.value()));
-  }
-
-  void TearDown() override {
-    m_service.reset();
-    if (!m_options.schema.isEmpty()) {
-      DatabaseOptions plain = m_options;
-      plain.schema.clear();
-      TestConnection admin(plain);
-      QSqlQuery query(admin.db());
-      query.exec(u"DROP SCHEMA IF EXISTS %1 CASCADE"_s.arg(m_options.schema));
-    }
-  }
-
-  HttpResult send(const QByteArray& method, const QString& path, const QByteArray& body,
-                  const QByteArray& authorization) {
-    QNetworkRequest request(QUrl(m_url.toString() + path));
-    request.setHeader(QNetworkRequest::ContentTypeHeader, QByteArrayLiteral("application/json"));
-    if (!authorization.isEmpty()) {
-      request.setRawHeader("Authorization", authorization);
-    }
-    QNetworkReply* reply = m_network.sendCustomRequest(request, method, body);
-    QSignalSpy finished(reply, &QNetworkReply::finished);
-    HttpResult result;
-    if (!finished.wait(kWaitMs)) {
-      return result;
-    }
-    result.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    result.contentType = reply->rawHeader("Content-Type");
-    result.body = reply->readAll();
-    result.error = reply->error();
-    reply->deleteLater();
-    return result;
-  }
-
-  HttpResult post(const QByteArray& body, const QString& token) {
-    return send("POST", u"/v1/request"_s, body, token.isEmpty() ? QByteArray() : "Bearer " + token.toUtf8());
-  }
-
-  static Reply viaLink(RemoteLink& link, const Request& request) {
-    return host::testing::submitAndWait(link, request, kWaitMs);
-  }
-
-  QTemporaryDir m_dir;
-  DatabaseOptions m_options;
-  QStringList m_officers;
-  QString m_type;
-  QString m_number;
-  QString m_token;
-  QString m_otherToken;
-  std::unique_ptr<HttpService> m_service;
-  QUrl m_url;
-  QNetworkAccessManager m_network;
-};
+class HttpServiceTest : public host::testing::ServiceTest {};
 
 TEST_P(HttpServiceTest, HealthReportsTheDatabase) {
   const HttpResult result = send("GET", u"/v1/health"_s, {}, {});
@@ -405,8 +275,9 @@ protected:
     ASSERT_TRUE(m_connection->ok());
     QSqlQuery query(m_connection->db());
     // Only the officers table matters to the store; the rest of the schema is not needed here.
-    ASSERT_TRUE(query.exec(u"CREATE TABLE OFFICER (OFFICER_ID VARCHAR(16) PRIMARY KEY)"_s));
-    ASSERT_TRUE(query.exec(u"INSERT INTO OFFICER VALUES ('CLERK1'), ('CLERK2')"_s));
+    ASSERT_TRUE(query.exec(
+        u"CREATE TABLE OFFICER (OFFICER_ID VARCHAR(16) PRIMARY KEY, ACTIVE_IND CHAR(1) NOT NULL DEFAULT 'Y')"_s));
+    ASSERT_TRUE(query.exec(u"INSERT INTO OFFICER VALUES ('CLERK1', 'Y'), ('CLERK2', 'Y'), ('GONE1', 'N')"_s));
     m_store = std::make_unique<TokenStore>(m_connection->name());
     ASSERT_TRUE(m_store->ensureTable().ok());
     ASSERT_TRUE(m_store->ensureTable().ok()) << "creating the table is idempotent";
@@ -428,6 +299,15 @@ TEST_F(TokenStoreTest, IssuedTokensVerifyToTheirOfficer) {
   EXPECT_EQ(m_store->verify(other->token).officerId, u"CLERK2"_s);
   EXPECT_FALSE(m_store->issue(u"NOSUCH"_s).ok());
   EXPECT_FALSE(m_store->issue(u"  "_s).ok());
+}
+
+TEST_F(TokenStoreTest, AnInactiveOfficerIsGivenNoToken) {
+  const auto refused = m_store->issue(u"gone1"_s);
+  ASSERT_FALSE(refused.ok());
+  EXPECT_EQ(refused.error(), u"Officer GONE1 is not active; a token is issued only to an active officer."_s);
+  QSqlQuery query(m_connection->db());
+  ASSERT_TRUE(query.exec(u"SELECT COUNT(*) FROM HOST_TOKEN"_s) && query.next());
+  EXPECT_EQ(query.value(0).toInt(), 0) << "nothing is stored for it";
 }
 
 TEST_F(TokenStoreTest, ACachingStoreKeepsWhatItReadButStillChecksTheSecret) {

@@ -204,6 +204,66 @@ TEST_P(Worksheets, NumbersAreHandedOutOnceAndTheServiceSaysWhenItHasNone) {
   EXPECT_TRUE(nextNumber(u"Q"_s).error.contains(u"not one the host hands out"_s));
 }
 
+TEST_P(Worksheets, RefundNumbersGoOnlyToOfficersWhoMayCreateRefunds) {
+  for (const QString& officer : {demo::Clerk, demo::CancelOnly}) {
+    SCOPED_TRACE(officer.toStdString());
+    expectRefused(RequestBuilder(60, officer).param(u"key:NBR_TYP_CD"_s, u"F"_s),
+                  u"Officer %1 does not hold the right CREATEREFUND needed to be given refund numbers."_s.arg(officer));
+    expectRefused(RequestBuilder(60, officer).param(u"key:NBR_TYP_CD"_s, u"w"_s),
+                  u"does not hold the right CREATEREFUND needed to be given warrant numbers"_s);
+  }
+  EXPECT_EQ(cell(nextNumber(u"F"_s, demo::Fiscal), u"GetFormNumber"_s, 0, u"U"_s), messaging::makeFormNumber(3000009).value())
+      << "the refusals used up no number of the series";
+}
+
+TEST_P(Worksheets, AWorksheetIsPreparedOnlyUnderANumberGivenToItsPreparer) {
+  const QString refund = cell(nextNumber(u"F"_s, demo::Verifier), u"GetFormNumber"_s, 0, u"U"_s).left(7);
+  expectRefused(prepare(refund, u"10.00"_s, demo::Fiscal),
+                u"Refund number %1 was given to officer VERIFY01, not to FISCAL01; ask for a new refund number"_s.arg(refund));
+  const Reply read = ok(prepare(refund, u"10.00"_s, demo::Verifier));
+  EXPECT_EQ(cell(read, u"REFUND"_s, 0, u"CREATOR_ID"_s), demo::Verifier);
+}
+
+// The host's setting decides whether the preparer may approve and then refund (the screens' rule: only
+// neighbouring steps differ), or four different officers must do the four steps.
+TEST_P(Worksheets, TheDutySettingDecidesWhoMayApproveAndRefund) {
+  const auto verified = [this] {
+    const QString refund = cell(nextNumber(u"F"_s), u"GetFormNumber"_s, 0, u"U"_s).left(7);
+    const Reply prepared = ok(prepare(refund, u"10.00"_s));
+    return ok(step(demo::Verifier, prepared, {{u"STTS_CD"_s, u"2"_s}, {u"VERIFY_ID"_s, demo::Verifier}}));
+  };
+  const auto approve = [this](const QString& officer, const Reply& read) {
+    return step(officer, read, {{u"STTS_CD"_s, u"3"_s}, {u"APPROVE_ID"_s, officer}});
+  };
+  const auto transfer = [this](const QString& officer, const Reply& read) {
+    return step(officer, read,
+                {{u"STTS_CD"_s, u"T"_s}, {u"RFND_BY_ID"_s, officer}, {u"RFND_CD"_s, u"0"_s},
+                 {u"FISCAL_CMMT_TXT"_s, u"To the division"_s}});
+  };
+
+  ASSERT_EQ(m_host->dutySeparation(), DutySeparation::NeighbouringSteps) << "the default";
+  Reply read = ok(approve(demo::Admin, verified()));
+  ok(transfer(demo::Admin, read));
+
+  m_host->setDutySeparation(DutySeparation::FourOfficers);
+  read = verified();
+  expectRefused(approve(demo::Admin, read), u"The person preparing and approving the Refund Worksheet can not be the same."_s);
+  expectRefused(approve(demo::Verifier, read),
+                u"The person verifying and approving the Refund Worksheet can not be the same."_s);
+  read = ok(approve(demo::Approver, read));
+  const struct {
+    const char* name;
+    RequestBuilder request;
+    const char16_t* expected;
+  } cases[] = {
+      {"preparer", transfer(demo::Admin, read), u"The person preparing and refunding the Refund Worksheet can not be the same."},
+      {"verifier", transfer(demo::Verifier, read), u"The person verifying and refunding the Refund Worksheet can not be the same."},
+      {"approver", transfer(demo::Approver, read), u"The person approving and refunding the Refund Worksheet can not be the same."},
+  };
+  expectEachRefused(cases);
+  ok(transfer(demo::Fiscal, read));
+}
+
 INSTANTIATE_TEST_SUITE_P(Databases, Worksheets, ::testing::Values(Backend::Sqlite, Backend::Postgres), backendName);
 
 }  // namespace

@@ -210,6 +210,56 @@ TEST(RecordSetCursor, RevisionGrowsWithEveryChange) {
   EXPECT_FALSE(grew());  // moving is not a change of the rows
 }
 
+TEST(RecordSetCursor, WatchersHearEachChangeOnceItIsCompleteAndNotACopysChanges) {
+  RecordSet rs = activity();
+  rs.moveFirst();
+  rs.moveNext();
+  const Bookmark second = rs.bookmark();
+  QList<int> positions;  // where the cursor stood when the watcher was told
+  const RecordSet::WatchId id = rs.watch([&] { positions.append(rs.absolutePosition()); });
+
+  rs.moveNext();
+  ASSERT_TRUE(positions.isEmpty());  // moving is not a change
+  rs.setBookmark(second);
+  ASSERT_FALSE(rs.setSort(u"ID DESC"_s));
+  ASSERT_EQ(positions.size(), 1);
+  EXPECT_EQ(positions.last(), rs.rowOfBookmark(second));  // told after the cursor followed its row
+  rs.update(0, u"changed"_s);
+  rs.addNew({u"z"_s});
+  ASSERT_FALSE(rs.setFilter(u"ID <> 'z'"_s));
+  EXPECT_EQ(positions.last(), 0);
+  rs.deleteCurrent();
+  EXPECT_EQ(positions.size(), 5);
+
+  RecordSet copy = rs;  // a copy has its own watchers (none) and tells nobody here
+  copy.addNew({u"y"_s});
+  EXPECT_EQ(positions.size(), 5);
+  rs = copy;  // assigning changes what this object holds
+  EXPECT_EQ(positions.size(), 6);
+  rs.close();
+  EXPECT_EQ(positions.size(), 7);
+
+  rs.unwatch(id);
+  rs = activity();
+  EXPECT_EQ(positions.size(), 7);
+}
+
+TEST(RecordSetCursor, AWatcherMayStopWatchingWhileItIsTold) {
+  RecordSet rs = activity();
+  int first = 0;
+  int second = 0;
+  RecordSet::WatchId firstId = 0;
+  firstId = rs.watch([&] {
+    ++first;
+    rs.unwatch(firstId);
+  });
+  rs.watch([&] { ++second; });
+  rs.addNew({u"g"_s});
+  rs.addNew({u"h"_s});
+  EXPECT_EQ(first, 1);
+  EXPECT_EQ(second, 2);
+}
+
 // --- sort ----------------------------------------------------------------------------------------------------
 
 struct SortCase {
@@ -330,6 +380,19 @@ TEST_P(RecordSetFilter, LetsThroughExactlyTheMatchingRows) {
   ASSERT_FALSE(error) << qPrintable(error->message(u"Filter"_s));
   EXPECT_EQ(column(rs, u"ID"_s), split(GetParam().expected));
   EXPECT_EQ(rs.recordCount(), split(GetParam().expected).size());
+}
+
+// A set with a deleted row is filtered from the list of its live rows, a set without one from all its rows
+// unlisted: both ways must let the same rows through.
+TEST_P(RecordSetFilter, LetsThroughTheSameRowsOnceARowIsDeleted) {
+  RecordSet rs = activity();
+  rs.moveFirst();
+  rs.addNew({u"z"_s, u"ADJ"_s, u"150.25"_s, u"2024-03-15"_s, u"2024-03-15 09:30:00"_s, u"Called taxpayer"_s, kNull});
+  ASSERT_TRUE(rs.deleteCurrent());
+  ASSERT_EQ(rs.recordCount(), 6);
+  const auto error = rs.setFilter(QString::fromUtf8(GetParam().filter));
+  ASSERT_FALSE(error) << qPrintable(error->message(u"Filter"_s));
+  EXPECT_EQ(column(rs, u"ID"_s), split(GetParam().expected));
 }
 
 INSTANTIATE_TEST_SUITE_P(

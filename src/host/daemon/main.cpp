@@ -1,7 +1,9 @@
 // adjustacc-host: the shared agency host system as an HTTP+JSON service.
 //
-//   adjustacc-host init-db [--demo [--demo-day YYYY-MM-DD]]      DATABASE
-//   adjustacc-host serve [--listen ADDRESS] [--port N] [--workers N] [--tls-cert FILE --tls-key FILE] DATABASE
+//   adjustacc-host init-db [--demo [--demo-day YYYY-MM-DD]] [--service-role ROLE]   DATABASE
+//   adjustacc-host serve [--listen ADDRESS] [--port N] [--workers N] [--tls-cert FILE --tls-key FILE]
+//                        [--idle-timeout SECONDS] [--max-connections N]
+//                        [--duty-separation neighbouring|four-officers]             DATABASE
 //   adjustacc-host token ISSUE --officer ID                     DATABASE
 //   adjustacc-host token REVOKE (--officer ID | --token-id ID)   DATABASE
 //   adjustacc-host token LIST                                    DATABASE
@@ -11,6 +13,7 @@
 
 #include "host/hostsystem.h"
 #include "host/httpservice.h"
+#include "host/schema.h"
 #include "host/tokens.h"
 
 #include <QCommandLineParser>
@@ -25,13 +28,18 @@
 #include <QTimer>
 
 #include <csignal>
+#include <optional>
 #include <cstdio>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
 
 using adjustacc::host::DatabaseOptions;
+using adjustacc::host::DutySeparation;
 using adjustacc::host::HttpService;
 using adjustacc::host::HttpServiceOptions;
 using adjustacc::host::TokenStore;
@@ -63,8 +71,12 @@ int usage(const QCommandLineParser& parser, const QString& problem) {
   }
   err() << parser.helpText();
   err() << "\nCommands:\n"
-           "  init-db [--demo [--demo-day YYYY-MM-DD]]   create the schema (and load the demo set)\n"
+           "  init-db [--demo [--demo-day YYYY-MM-DD]] [--service-role ROLE]\n"
+           "                                             create the schema (and load the demo set; give the\n"
+           "                                             service's own PostgreSQL role what it needs)\n"
            "  serve [--listen ADDRESS] [--port N] [--workers N] [--tls-cert FILE --tls-key FILE]\n"
+           "        [--duty-separation neighbouring|four-officers]\n"
+           "        [--idle-timeout SECONDS] [--max-connections N]\n"
            "                                             answer POST /v1/request and GET /v1/health\n"
            "  token ISSUE --officer ID                   issue a bearer token (printed once)\n"
            "  token REVOKE --officer ID | --token-id ID  revoke tokens\n"
@@ -146,6 +158,14 @@ int initDb(const QCommandLineParser& parser, const DatabaseOptions& options) {
       return fail(demo.error());
     }
     out() << "The demo set is loaded, laid out around " << day.toString(Qt::ISODate) << "." << Qt::endl;
+  }
+  if (parser.isSet(QStringLiteral("service-role"))) {
+    const QString role = parser.value(QStringLiteral("service-role"));
+    if (Result<bool> granted = adjustacc::host::grantServiceRole(kAdminConnection, role); !granted.ok()) {
+      return fail(granted.error());
+    }
+    out() << "Role " << role << " may now run the service: it reads, adds and changes rows, and only adds to the "
+          << "audit trail." << Qt::endl;
   }
   return kExitOk;
 }
@@ -241,11 +261,31 @@ int serve(const QCommandLineParser& parser, const DatabaseOptions& options) {
   if (!ok || port > 65535) {
     return usage(parser, QStringLiteral("--port wants a number from 0 to 65535."));
   }
+  const QString dutyText = parser.value(QStringLiteral("duty-separation"));
+  const std::optional<DutySeparation> duties = adjustacc::host::dutySeparationFromName(dutyText);
+  if (!duties) {
+    return usage(parser,
+                 QStringLiteral("--duty-separation wants neighbouring or four-officers, not \"%1\".").arg(dutyText));
+  }
   int workers = 0;
   if (parser.isSet(QStringLiteral("workers"))) {
     workers = parser.value(QStringLiteral("workers")).toInt(&ok);
     if (!ok || workers < 1 || workers > 64) {
       return usage(parser, QStringLiteral("--workers wants a number from 1 to 64."));
+    }
+  }
+  HttpServiceOptions serviceOptions;
+  if (parser.isSet(QStringLiteral("idle-timeout"))) {
+    const double seconds = parser.value(QStringLiteral("idle-timeout")).toDouble(&ok);
+    if (!ok || seconds < 0.1 || seconds > 3600) {
+      return usage(parser, QStringLiteral("--idle-timeout wants a number of seconds from 0.1 to 3600."));
+    }
+    serviceOptions.idleTimeout = std::chrono::milliseconds(qRound64(seconds * 1000));
+  }
+  if (parser.isSet(QStringLiteral("max-connections"))) {
+    serviceOptions.maxConnections = parser.value(QStringLiteral("max-connections")).toInt(&ok);
+    if (!ok || serviceOptions.maxConnections < 1 || serviceOptions.maxConnections > 100000) {
+      return usage(parser, QStringLiteral("--max-connections wants a number from 1 to 100000."));
     }
   }
 
@@ -265,15 +305,22 @@ int serve(const QCommandLineParser& parser, const DatabaseOptions& options) {
     if (Result<bool> table = TokenStore(kAdminConnection).ensureTable(); !table.ok()) {
       return fail(table.error());
     }
+    if (const Result<QString> role = adjustacc::host::serviceRoleProblem(kAdminConnection); !role.ok()) {
+      return fail(role.error());
+    } else if (!role->isEmpty()) {
+      qCWarning(lcDaemon, "%s: the service could take the audit trail's guard away; give it a role of its own "
+                          "(init-db --service-role ROLE, see docs/daemon.md)",
+                qUtf8Printable(role.value()));
+    }
   }
 
   if (!installSignalHandlers()) {
     return fail(QStringLiteral("Could not install the stop signal handlers."));
   }
 
-  HttpServiceOptions serviceOptions;
   serviceOptions.database = options;
   serviceOptions.workers = workers;
+  serviceOptions.dutySeparation = *duties;
   HttpService service(serviceOptions);
   const QString certificate = parser.value(QStringLiteral("tls-cert"));
   const QString key = parser.value(QStringLiteral("tls-key"));
@@ -289,9 +336,10 @@ int serve(const QCommandLineParser& parser, const DatabaseOptions& options) {
   if (!bound.ok()) {
     return fail(bound.error());
   }
-  qCInfo(lcDaemon, "listening on %s port %u (%s) with %d worker(s) on %s", qUtf8Printable(address.toString()),
-         unsigned{bound.value()}, certificate.isEmpty() ? "http" : "https", service.workerCount(),
-         options.driver == QLatin1String("QPSQL") ? "PostgreSQL" : "SQLite");
+  qCInfo(lcDaemon, "listening on %s port %u (%s) with %d worker(s) on %s; separation of duties: %s",
+         qUtf8Printable(address.toString()), unsigned{bound.value()}, certificate.isEmpty() ? "http" : "https",
+         service.workerCount(), options.driver == QLatin1String("QPSQL") ? "PostgreSQL" : "SQLite",
+         qUtf8Printable(adjustacc::host::dutySeparationName(*duties)));
 
   QSocketNotifier notifier(g_signalPipe[0], QSocketNotifier::Read);
   bool stopping = false;
@@ -326,6 +374,12 @@ int main(int argc, char** argv) {
   if (!qEnvironmentVariableIsSet("QT_NO_GLIB")) {
     qputenv("QT_NO_GLIB", "1");
   }
+#ifdef __GLIBC__
+  // Request bodies and replies of a megabyte or more come and go; mapped on their own, they go back to the
+  // system when freed. Left to glibc, the threshold climbs after the first large free, and the memory of a burst
+  // of large requests stays with the process.
+  mallopt(M_MMAP_THRESHOLD, 256 * 1024);
+#endif
   QCoreApplication app(argc, argv);
   QCoreApplication::setApplicationName(QStringLiteral("adjustacc-host"));
   QCoreApplication::setApplicationVersion(QStringLiteral(ADJUSTACC_VERSION));
@@ -348,6 +402,20 @@ int main(int argc, char** argv) {
        QStringLiteral("count")},
       {QStringLiteral("tls-cert"), QStringLiteral("serve: HTTPS certificate (PEM)."), QStringLiteral("file")},
       {QStringLiteral("tls-key"), QStringLiteral("serve: HTTPS private key (PEM)."), QStringLiteral("file")},
+      {QStringLiteral("duty-separation"),
+       QStringLiteral("serve: which refund worksheet officers must differ: neighbouring (the preparer does not verify, "
+                      "the verifier does not approve; the default) or four-officers (prepare, verify, approve and "
+                      "refund by four different officers)."),
+       QStringLiteral("rule"), QStringLiteral("neighbouring")},
+      {QStringLiteral("idle-timeout"),
+       QStringLiteral("serve: seconds a connection may keep the service waiting before it is closed (default 15)."),
+       QStringLiteral("seconds")},
+      {QStringLiteral("max-connections"),
+       QStringLiteral("serve: open connections at most; more wait to be accepted (default 512)."),
+       QStringLiteral("count")},
+      {QStringLiteral("service-role"),
+       QStringLiteral("init-db: the PostgreSQL role the service runs as, given what it needs and no more."),
+       QStringLiteral("role")},
       {QStringLiteral("demo"), QStringLiteral("init-db: load the demo set.")},
       {QStringLiteral("demo-day"), QStringLiteral("init-db: the day the demo set is laid out around."),
        QStringLiteral("date")},
