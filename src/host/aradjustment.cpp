@@ -9,6 +9,8 @@
 #include "receivable.h"
 #include "requestcheck.h"
 
+#include "messaging/receivablebalance.h"
+
 namespace adjustacc::host {
 
 using messaging::RecordSet;
@@ -36,7 +38,7 @@ Result<std::optional<Assessment>> findAssessment(const Sql& sql, qint64 receivab
   const QVariantList& v = *row.value();
   return std::optional<Assessment>(Assessment{
       v.at(0).toLongLong(), v.at(1).toString(), v.at(2).toString(), v.at(3).toLongLong(), v.at(4).toString(),
-      dayFromValue(v.at(5)), v.at(6).toLongLong(), v.at(7).toLongLong(), v.at(8).toString().trimmed().toUpper(),
+      SqlDialect::dayFromValue(v.at(5)), v.at(6).toLongLong(), v.at(7).toLongLong(), v.at(8).toString().trimmed().toUpper(),
       v.at(9).toString().trimmed().toUpper() == u"Y", v.at(10).toLongLong()});
 }
 
@@ -179,12 +181,12 @@ Result<bool> applyAssessmentChanges(const Context& context, AuditedWriter& write
       if (!removal) {
         return R::failure(removal.error());
       }
-      // Owed again what was owed when it was removed; the full amount when the removal is not on record.
-      newBalance = a.amount;
+      std::optional<qint64> dueWhenRemoved;
       if (removal.value()) {
         reverses = removal.value()->first;
-        newBalance = removal.value()->second;
+        dueWhenRemoved = removal.value()->second;
       }
+      newBalance = messaging::reinstatedDue(a.amount, dueWhenRemoved);
     }
     if (Result<bool> done = writer.update(
             QStringLiteral("VLTN_ASSMT"), {{QStringLiteral("ASSMT_ID"), a.id}},
