@@ -78,6 +78,7 @@ TEST_F(ArDetailScenario, AClerkRemovesAPenaltyAndTheListShowsTheNewBalance) {
   ASSERT_NO_FATAL_FAILURE(start());
   QString before;
   QString foreseen;
+  QString penaltyCode;
   platform::Currency removed;
   ASSERT_NO_FATAL_FAILURE(openCitationAndItsDetail([&](AccDetailView& detail) {
     auto& form = dynamic_cast<QORVA_AccDetail&>(detail.form());
@@ -91,6 +92,7 @@ TEST_F(ArDetailScenario, AClerkRemovesAPenaltyAndTheListShowsTheNewBalance) {
     const int penalty = rowsOf(available) - 1;
     removed = platform::Currency::parse(form.mSdgDBGrid[0].column(u"CL_ASMT_AMT"_s).cellValue(penalty).toString())
                   .value();
+    penaltyCode = form.mSdgDBGrid[0].column(u"ASSMT_CD"_s).cellValue(penalty).toString();
     ASSERT_TRUE(tick(*available, penalty, u"Remove"_s));
     EXPECT_EQ(detail.label(QORVA_AccDetail::TotalRemovalLabel)->text(), removed.toDisplayText());
     const auto* balanceAfter = detail.findChild<QLabel*>(u"m_balanceAfter"_s);
@@ -120,6 +122,39 @@ TEST_F(ArDetailScenario, AClerkRemovesAPenaltyAndTheListShowsTheNewBalance) {
   EXPECT_EQ(platform::Currency::parse(foreseen).value(), platform::Currency::parse(dueAmount()).value())
       << foreseen.toStdString();
   screenshot(window(), u"ardetail-04-list-reloaded"_s);
+
+  // Reinstated again: the balance foreseen is again the one the host saves, the one before the removal.
+  const QString removedBalance = dueAmount();
+  whenShown<AccDetailView>([&](AccDetailView& detail) {
+    auto& form = dynamic_cast<QORVA_AccDetail&>(detail.form());
+    GridView* adjusted = detail.grid(QORVA_AccDetail::AdjustedGrid);
+    ASSERT_TRUE(waitFor([&] { return rowsOf(adjusted) == 2; })) << rowsOf(adjusted);
+    int row = 0;
+    while (row < 2 && form.mSdgDBGrid[1].column(u"ASSMT_CD"_s).cellValue(row).toString() != penaltyCode) {
+      ++row;
+    }
+    ASSERT_LT(row, 2) << penaltyCode.toStdString();
+    ASSERT_TRUE(tick(*adjusted, row, u"Reinstate"_s));
+    foreseen = detail.findChild<QLabel*>(u"m_balanceAfter"_s)->text();
+    detail.dateEdit()->setDate(QDate::currentDate());
+    detail.commentBox()->setFocus();
+    QTest::keyClicks(detail.commentBox(), u"Penalty stands after all"_s);
+    QTest::mouseClick(detail.button(QORVA_AccDetail::SaveButton), Qt::LeftButton);
+    ASSERT_TRUE(waitFor([&] { return form.SaveState().isEmpty() && rowsOf(adjusted) == 1; }))
+        << window().statusText()->text().toStdString();
+    QTest::mouseClick(detail.button(QORVA_AccDetail::CloseButton), Qt::LeftButton);
+  });
+  // The list read anew has no row chosen.
+  receivables->table()->selectRow(0);
+  QTest::mouseClick(receivables->table()->viewport(), Qt::LeftButton, {},
+                    receivables->table()->visualRect(receivables->table()->model()->index(0, 0)).center());
+  QTest::mouseClick(window().currentView()->button(QORVA_AdjustAcc::ArDetailButton), Qt::LeftButton);
+  ASSERT_TRUE(waitFor([&] {
+    return dueAmount() != removedBalance && window().statusText()->text() == u"Ready"_s;
+  })) << removedBalance.toStdString();
+  EXPECT_EQ(platform::Currency::parse(foreseen).value(), platform::Currency::parse(dueAmount()).value())
+      << foreseen.toStdString();
+  EXPECT_EQ(dueAmount(), before);
 }
 
 TEST_F(ArDetailScenario, RemovingAnOptionFeeAsksForTheOptionFirst) {
