@@ -16,7 +16,10 @@ public:
   explicit Clock(const QDateTime& fixed) : m_fixed(fixed) {}
 
   QDateTime now() const { return m_fixed ? *m_fixed : QDateTime::currentDateTime(); }
-  QDate today() const { return now().date(); }
+  // Asked for every row a list shows (code descriptions in effect today): reading the local date costs a
+  // conversion through the time zone, and a look at the zone file, each time, so the day is kept with the
+  // moments it starts and ends and worked out again only when the clock leaves it.
+  QDate today() const;
   QTime timeOfDay() const { return now().time(); }
 
   // Stops the clock at `moment` (tests); useSystemTime() lets it run again.
@@ -25,6 +28,9 @@ public:
 
 private:
   std::optional<QDateTime> m_fixed;
+  mutable QDate m_day;
+  mutable qint64 m_dayStartMs = 0;
+  mutable qint64 m_dayEndMs = 0;
 };
 
 }  // namespace adjustacc::platform

@@ -1,3 +1,4 @@
+#include "platform/clock.h"
 #include "platform/datetimes.h"
 
 #include <gtest/gtest.h>
@@ -114,6 +115,22 @@ TEST(Timestamps, HostFormsReadToTheMillisecond) {
   EXPECT_FALSE(parseTimestamp(u"2024-03-07 25:00").ok());
   EXPECT_FALSE(parseTimestamp(u"2024-02-30 10:00").ok());
   EXPECT_FALSE(parseTimestamp(u"03/07/2024 10:00").ok());
+}
+
+TEST(ClockDay, TheSystemDayIsTodayAndAFixedClockKeepsItsOwnAcrossRuns) {
+  Clock system;
+  const QDate before = QDate::currentDate();
+  const QDate kept = system.today();
+  const QDate after = QDate::currentDate();
+  EXPECT_TRUE(kept == before || kept == after);
+  EXPECT_EQ(system.today(), kept) << "asked again the same day";
+
+  system.setFixed(QDateTime(QDate(2024, 3, 7), QTime(23, 59)));
+  EXPECT_EQ(system.today(), QDate(2024, 3, 7)) << "a fixed clock wins over the day kept";
+  system.setFixed(QDateTime(QDate(2024, 3, 8), QTime(0, 0)));
+  EXPECT_EQ(system.today(), QDate(2024, 3, 8));
+  system.useSystemTime();
+  EXPECT_TRUE(system.today() == before || system.today() == QDate::currentDate());
 }
 
 }  // namespace
