@@ -160,7 +160,7 @@ TEST_F(DocumentTest, ReceiptDetailOpensTheReceiptScreenAndReadsTheAccountAgainOn
   ASSERT_TRUE(doc().mCmdButton[QORVA_AdjustAcc::ReceiptDetailButton].click());
   const messaging::Request reread = m_set.link.lastRequest();
   EXPECT_EQ(reread.replyTo, u"AdjustAcc");
-  EXPECT_EQ(reread.param(u"key:REF_NBR"_s), u"1234");
+  EXPECT_EQ(reread.param(u"key:REF_NBR"_s), u"1234-4");
 }
 
 TEST_F(DocumentTest, TheButtonsDoNothingWithoutAChosenRow) {
