@@ -507,6 +507,7 @@ void QORVA_AdjustAcc::openArDetail(platform::Grid& grid, int row) {
   if (m_receivables) {
     const int at = m_receivables->rowOfBookmark(grid.bookmarkAt(row));
     detail.setRowVersion(m_receivables->valueAt(at, QStringLiteral("ROW_VRSN_NBR")).toString());
+    detail.setBalance(m_receivables->valueAt(at, QStringLiteral("ACCT_RCVBL_BAL_AMT")).toString());
   }
   detail.setSaveAllowed(receivableMaySave(cell("ACTV_STTS_CD"), cell("CASE_ID"), cell("ACCT_STTS_CD")));
   // The assessments arrive while the screen is open; the document hands them on as they come.
