@@ -134,7 +134,7 @@ QORVA_PayDetail::QORVA_PayDetail(platform::Services& services, QObject* parent)
                .updateTimeout = [this] { UpdateTimeout(); },
                .tickStatus = kNoConnection},
               &mTimUpdateTimeout),
-      m_instance(++g_instances) {
+      m_instance(g_instances++) {
   for (int index = ReceiptNumberLabel; index <= ConfirmationLabel; ++index) {
     mLblData.add(index);
   }

@@ -40,7 +40,7 @@ QORVA_TransPayment::QORVA_TransPayment(platform::Services& services, QObject* pa
                    },
                .updateTimeout = [this] { UpdateTimeout(); }},
               &mTimUpdateTimeout),
-      m_instance(++g_instances) {
+      m_instance(g_instances++) {
   QORVA_Payment1.setCheckDigit(&services.checkDigit);
   mCmd.add(SaveButton, QStringLiteral("Save"));
   mCmd.add(CloseButton, QStringLiteral("Close"));

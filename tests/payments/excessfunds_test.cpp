@@ -320,7 +320,7 @@ TEST_F(TransferTest, ASavedTransferIsSentAnsweredAndTheReceiptReadAgain) {
     EXPECT_EQ(t.QORVA_Payment1.heldAmount(), platform::Currency::fromCents(10000));
     // A reply for another screen's key changes nothing here.
     messaging::Reply stray;
-    t.mNcsbMessage_DataReady(u"AdjustAccTransPayment0"_s, stray);
+    t.mNcsbMessage_DataReady(u"AdjustAccTransPayment"_s + QString::number(t.instanceNumber() + 1), stray);
     EXPECT_EQ(t.SaveState(), u"SAVEPENDING");
     answer(receiptReply(standard()));
     EXPECT_TRUE(t.SaveState().isEmpty());

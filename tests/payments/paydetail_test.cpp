@@ -77,7 +77,7 @@ TEST_F(PayDetailTest, ReplyForAnotherScreenChangesNothing) {
   ReceiptReply other = standard();
   other.confirmation = u"OTHER"_s;
   messaging::Reply reply = receiptReply(other);
-  reply.replyTo = u"AdjustAccPayDetail0"_s;
+  reply.replyTo = u"AdjustAccPayDetail"_s + QString::number(screen().instanceNumber() + 1);
   screen().mNcsbMessage_DataReady(reply.replyTo, reply);
   EXPECT_EQ(label(P::ConfirmationLabel), before);
   EXPECT_EQ(m_set.ui.boxCount(), 0);
