@@ -238,6 +238,10 @@ void QORVA_PayDetail::Form_Load() {
     mTimUpdateTimeout.setEnabled(false);
     mTimUpdateTimeoutNumber.setInterval(kRefundNumberRetryMs);
     SetTabs();
+    // Off before anything that can fail: a screen whose code lists could not be read offers no action.
+    mCmdButton[TransferButton].setEnabled(false);
+    mCmdButton[CreateRefundButton].setEnabled(false);
+    mCmdButton[SaveButton].setEnabled(false);
     QORVA_DTP1.setMinDate(kEarliestDate);
     QORVA_DTP1.setMaxDate(QDate(9999, 12, 31));
     screencore::valueOrFail(QORVA_CodesCombo.fill(
