@@ -369,6 +369,8 @@ void QORVA_PayDetail::mNcsbMessage_DataReady(const QString& replyTo, const messa
       m_watch.failed(error);
       raise(AppError::LeaveEarly);
     }
+    // Descriptions are looked up afresh for each answer (code tables change rarely, but they do).
+    m_descriptions.clear();
     if (reply.hasSection(messaging::sectionnames::Refund)) {
       fillWorksheet(reply);
     }
@@ -468,15 +470,15 @@ void QORVA_PayDetail::mSdgDBGrid_RowLoaded(int index, messaging::Bookmark) {
   static const QString kRowLoaded = source("mSdgDBGrid_RowLoaded");
   trap(m_services, kRowLoaded, [&] {
     platform::Grid& grid = mSdgDBGrid[index];
-    const auto describe = [&](const char* target, const char* codeColumn, const QString& table) {
+    const auto showDescription = [&](const char* target, const char* codeColumn, const QString& table) {
       const QVariant code = grid.column(QLatin1String(codeColumn)).value();
       if (!code.isNull()) {
-        grid.column(QLatin1String(target)).setValue(m_services.codes.description(table, trimmed(code)));
+        grid.column(QLatin1String(target)).setValue(this->describe(table, trimmed(code)));
       }
     };
     if (index == PaymentsGrid) {
-      describe("FORM_DESC", "ACCT_RCVBL_TYP_CD", QStringLiteral("REFDOCTYP"));
-      describe("ACTVTY_STTS_DES", "ACTVTY_STTS_CD", kAdjustmentCodes);
+      showDescription("FORM_DESC", "ACCT_RCVBL_TYP_CD", QStringLiteral("REFDOCTYP"));
+      showDescription("ACTVTY_STTS_DES", "ACTVTY_STTS_CD", kAdjustmentCodes);
       GridColumn& paid = grid.column(QStringLiteral("ASMT_AMT"));
       if (const QString text = paid.text().trimmed(); !text.isEmpty()) {
         if (const messaging::Result<Currency> amount = Currency::parse(text)) {
@@ -484,13 +486,13 @@ void QORVA_PayDetail::mSdgDBGrid_RowLoaded(int index, messaging::Bookmark) {
         }
       }
     } else if (index == ExcessGrid) {
-      describe("FUND_DESC", "OVR_PYMT_STTS_CD", kFundStatusCodes);
+      showDescription("FUND_DESC", "OVR_PYMT_STTS_CD", kFundStatusCodes);
       GridColumn& destination = grid.column(QStringLiteral("DSTNTN_RCPT_NBR"));
       if (destination.text().trimmed() == u"0") {
         destination.setValue(QString());
       }
     } else {
-      describe("FUND_DESC", "FUND_TYP_CD", QStringLiteral("FUNDTYP"));
+      showDescription("FUND_DESC", "FUND_TYP_CD", QStringLiteral("FUNDTYP"));
       const QString type = grid.column(QStringLiteral("FUND_TYP_CD")).text().trimmed();
       const QString day = grid.column(QStringLiteral("EXPRTN_DY_DT")).text().trimmed();
       if (type == u"R" && !day.isEmpty()) {
@@ -502,6 +504,17 @@ void QORVA_PayDetail::mSdgDBGrid_RowLoaded(int index, messaging::Bookmark) {
       }
     }
   });
+}
+
+QString QORVA_PayDetail::describe(const QString& table, const QString& code) {
+  const QString key = table + u'\t' + code;
+  const auto found = m_descriptions.constFind(key);
+  if (found != m_descriptions.constEnd()) {
+    return found.value();
+  }
+  const QString description = m_services.codes.description(table, code);
+  m_descriptions.insert(key, description);
+  return description;
 }
 
 int QORVA_PayDetail::chosenExcessRow() const {

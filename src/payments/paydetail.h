@@ -29,6 +29,7 @@
 #include "screencore/modalscreen.h"
 #include "screencore/savewatch.h"
 
+#include <QHash>
 #include <QPointer>
 #include <QString>
 
@@ -161,6 +162,9 @@ private:
   void lockAfterUnansweredSave();
   messaging::RequestMessage& receiptRequest();
   void reload();
+  // The description of a code, remembered while the same replies are shown: a receipt of many payments
+  // carries few distinct codes.
+  QString describe(const QString& table, const QString& code);
 
   screencore::SaveWatch m_watch;
   QPointer<messaging::RequestMessage> mNcsbMessage;
@@ -178,6 +182,7 @@ private:
   QString m_receiptVersion;
 
   RefundWorksheetOpener m_refundOpener;
+  QHash<QString, QString> m_descriptions;
   std::unique_ptr<RefundWorksheet> m_worksheet;
 };
 
