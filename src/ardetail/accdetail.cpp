@@ -6,6 +6,7 @@
 #include "activity/activity.h"
 
 #include "screencore/codetablequerytext.h"
+#include "messaging/protocolwords.h"
 #include "messaging/receivablebalance.h"
 #include "messaging/recordsetbuilder.h"
 #include "messaging/replychecker.h"
@@ -335,9 +336,9 @@ void QORVA_AccDetail::SendAccountPI() {
   trap(m_services, source("SendAccountPI"), [&] {
     messaging::RequestMessage& message =
         screencore::freshRequest(m_services, *this, mNcsbMessage, replyToName(), kRequestCode);
-    message.addParameter(marventoParameter(QStringLiteral("key:ACCT_RCVBL_NBR"), ARNumber().trimmed()));
-    message.addParameter(marventoParameter(QStringLiteral("key:ACCT_RCVBL_TYP_CD"), ARType().trimmed()));
-    message.addParameter(marventoParameter(QStringLiteral("key:THIN"), QStringLiteral("YES")));
+    message.addParameter(marventoParameter(messaging::params::AcctRcvblNbr, ARNumber().trimmed()));
+    message.addParameter(marventoParameter(messaging::params::AcctRcvblTypCd, ARType().trimmed()));
+    message.addParameter(marventoParameter(messaging::params::Thin, QStringLiteral("YES")));
     // Named without a record: what the request asks for, not a change.
     message.addRecord(kActivitySection);
     m_services.statusBar.setText(QStringLiteral("Requesting Account Activity for ") +
@@ -787,9 +788,9 @@ void QORVA_AccDetail::SaveData() {
 messaging::RequestMessage& QORVA_AccDetail::saveRequest() {
   messaging::RequestMessage& message =
       screencore::freshRequest(m_services, *this, mNcsbMessage, replyToName(), kRequestCode);
-  message.addParameter(marventoParameter(QStringLiteral("key:REF_NBR"), ARNumber().trimmed()));
-  message.addParameter(marventoParameter(QStringLiteral("key:REF_TYP_CD"), ARType().trimmed()));
-  message.addParameter(marventoParameter(QStringLiteral("key:LPO"), QStringLiteral("NO")));
+  message.addParameter(marventoParameter(messaging::params::RefNbr, ARNumber().trimmed()));
+  message.addParameter(marventoParameter(messaging::params::RefTypCd, ARType().trimmed()));
+  message.addParameter(marventoParameter(messaging::params::Lpo, QStringLiteral("NO")));
   return message;
 }
 
@@ -798,7 +799,9 @@ void QORVA_AccDetail::sendSave(messaging::RequestMessage& message) {
   mSdgDBGrid[AvailableGrid].setEnabled(false);
   mSdgDBGrid[AdjustedGrid].setEnabled(false);
   m_services.ui.setPointer(platform::Pointer::Hourglass);
-  m_watch.saveSent();
+  m_watch.saveSent(m_requestId, QStringLiteral("the changes to %1 number %2")
+                                    .arg(m_services.codes.description(QStringLiteral("ADJDOC"), ARType().trimmed()),
+                                         ARNumber().trimmed()));
 }
 
 void QORVA_AccDetail::LoadActivityDTD(messaging::RequestMessage& message) {

@@ -3,10 +3,11 @@
 #include "ardetail/accdetail.h"
 #include "ardetail/assessmentline.h"
 #include "inquiry/forminq.h"
-#include "payments/paydetail.h"
+#include "messaging/protocolwords.h"
 #include "messaging/recordsetbuilder.h"
 #include "messaging/replychecker.h"
 #include "messaging/requestmessage.h"
+#include "payments/paydetail.h"
 #include "platform/codelookup.h"
 #include "platform/errortrap.h"
 #include "platform/modmessagetitle.h"
@@ -265,8 +266,8 @@ void QORVA_AdjustAcc::SendAdjustPI() {
   trap(m_services, source("SendAdjustPI"), [&] {
     messaging::RequestMessage& message = screencore::freshRequest(
         m_services, *this, mNcsbMessage, m_services.session.applicationName(), kAccountInquiryCode);
-    message.addParameter(marventoParameter(QStringLiteral("key:REF_NBR"), m_accountNumber.trimmed()));
-    message.addParameter(marventoParameter(QStringLiteral("key:REF_TYP_CD"), m_accountType.trimmed()));
+    message.addParameter(marventoParameter(messaging::params::RefNbr, m_accountNumber.trimmed()));
+    message.addParameter(marventoParameter(messaging::params::RefTypCd, m_accountType.trimmed()));
     m_requestId = screencore::sendRequest(message, *this);
     m_requestOutstanding = true;
     m_services.statusBar.setText(QStringLiteral("Searching for ") + accountDescription() +
@@ -280,9 +281,9 @@ void QORVA_AdjustAcc::SendAccRecvPI(const QString& receivableNumber, const QStri
   trap(m_services, source("SendAccRecvPI"), [&] {
     messaging::RequestMessage& message = screencore::freshRequest(
         m_services, *this, mNcsbMessage, m_services.session.applicationName(), kAccountInquiryCode);
-    message.addParameter(marventoParameter(QStringLiteral("key:REF_NBR"), receivableNumber.trimmed()));
-    message.addParameter(marventoParameter(QStringLiteral("key:REF_TYP_CD"), receivableType.trimmed()));
-    message.addParameter(marventoParameter(QStringLiteral("key:LPO"), QStringLiteral("NO")));
+    message.addParameter(marventoParameter(messaging::params::RefNbr, receivableNumber.trimmed()));
+    message.addParameter(marventoParameter(messaging::params::RefTypCd, receivableType.trimmed()));
+    message.addParameter(marventoParameter(messaging::params::Lpo, QStringLiteral("NO")));
     m_requestId = screencore::sendRequest(message, *this);
     m_requestOutstanding = true;
     // The status line already names the receivable being searched for.

@@ -712,7 +712,8 @@ void QORVA_PayDetail::SaveData() {
     }
     m_requestId = screencore::sendRequest(message, *this);
     m_services.ui.setPointer(platform::Pointer::Hourglass);
-    m_watch.saveSent();
+    m_watch.saveSent(m_requestId, QStringLiteral("the payment adjustments of receipt number ") +
+                                      ReceiptNumber().trimmed());
   });
 }
 

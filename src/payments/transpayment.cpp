@@ -135,7 +135,8 @@ void QORVA_TransPayment::SaveData() {
     LoadExcessDTD(message);
     m_requestId = screencore::sendRequest(message, *this);
     m_services.ui.setPointer(platform::Pointer::Hourglass);
-    m_watch.saveSent();
+    m_watch.saveSent(m_requestId, QStringLiteral("the transfer of the excess fund of receipt number ") +
+                                      m_receiptNumber);
   });
 }
 

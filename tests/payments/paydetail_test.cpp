@@ -2,6 +2,8 @@
 // adjustment in their order, the records a save sends, and how a save ends.
 #include "paydetailfixture.h"
 
+#include "screencore/saveoutcomecheck.h"
+
 namespace adjustacc::payments::testing {
 namespace {
 
@@ -325,6 +327,8 @@ TEST_F(PayDetailTest, AnUnansweredSaveLeavesOnlyClose) {
     EXPECT_FALSE(enabled(button)) << button;
   }
   EXPECT_TRUE(enabled(P::CloseButton));
+  // The host is then asked what became of the save.
+  EXPECT_EQ(m_set.link.lastRequest().replyTo, screencore::kSaveOutcomeReplyTo);
 }
 
 }  // namespace
