@@ -6,7 +6,9 @@
 #include "forminqview.h"
 #include "licpurchoptview.h"
 #include "logging.h"
+#include "paydetailview.h"
 #include "selectcustforminqview.h"
+#include "transpaymentview.h"
 
 #include "activity/activity.h"
 #include "ardetail/accdetail.h"
@@ -16,6 +18,8 @@
 #include "inquiry/forminq.h"
 #include "inquiry/selectcustforminq.h"
 #include "messaging/remotelink.h"
+#include "payments/paydetail.h"
+#include "payments/transpayment.h"
 #include "platform/modmessagetitle.h"
 
 #include <QGuiApplication>
@@ -78,6 +82,8 @@ void Application::registerViews(QtUi& ui) {
   ui.registerView<ardetail::QORVA_AccDetail, AccDetailView>(ardetail::QORVA_AccDetail::kFormName);
   ui.registerView<activity::QORVA_Activity, ActivityView>(activity::QORVA_Activity::kFormName);
   ui.registerView<ardetail::QORVA_LicPurchOpt, LicPurchOptView>(ardetail::QORVA_LicPurchOpt::kFormName);
+  ui.registerView<payments::QORVA_PayDetail, PayDetailView>(payments::QORVA_PayDetail::kFormName);
+  ui.registerView<payments::QORVA_TransPayment, TransPaymentView>(payments::QORVA_TransPayment::kFormName);
   ui.registerView<inquiry::QORVA_FormInq, FormInqView>(inquiry::QORVA_FormInq::kFormName);
   ui.registerView<inquiry::QORVA_SelectCustFormInq, SelectCustFormInqView>(
       inquiry::QORVA_SelectCustFormInq::kFormName);

@@ -7,6 +7,7 @@
 #include "messaging/recordsetbuilder.h"
 #include "messaging/replychecker.h"
 #include "messaging/requestmessage.h"
+#include "payments/paydetail.h"
 #include "platform/codelookup.h"
 #include "platform/errortrap.h"
 #include "platform/modmessagetitle.h"
@@ -522,21 +523,25 @@ void QORVA_AdjustAcc::openArDetail(platform::Grid& grid, int row) {
 }
 
 void QORVA_AdjustAcc::openReceiptDetail(platform::Grid& grid, int row) {
-  const QString number = grid.column(QStringLiteral("RCPT_NBR")).cellValue(row).toString();
+  const auto cell = [&](const char* column) { return grid.column(QLatin1String(column)).cellValue(row).toString(); };
+  const QString number = cell("RCPT_NBR");
   if (number.trimmed().isEmpty()) {
     raise(AppError::LeaveEarly);
   }
   m_services.statusBar.setText(QStringLiteral("Searching for Receipt number ") + number);
-  screenNotAvailable(QStringLiteral("Receipt Detail"));
-}
-
-void QORVA_AdjustAcc::screenNotAvailable(const QString& caption) {
-  // This build does not have the screen yet: say so rather than leave the clerk waiting on the status line.
-  m_services.ui.messageBox(QStringLiteral("The %1 screen is not available in this version of the application. "
-                                          "The account has not been changed.")
-                               .arg(caption),
-                           platform::MsgButtons::Ok, platform::MsgIcon::Information, title::messageTitle());
-  m_services.statusBar.setText(title::Ready);
+  payments::QORVA_PayDetail detail(m_services);
+  detail.setReceiptNumber(number);
+  detail.setCustomerID(cell("CUST_ID"));
+  detail.setPaymentAmount(cell("TOT_PYMT_AMT"));
+  detail.setStatusDescription(cell("STTS_DESC"));
+  detail.setPaymentDate(cell("RCPT_DT"));
+  detail.setRefundWorksheetOpener(m_refundOpener);
+  // The screen asks for the receipt itself when it is first shown; its replies are addressed to it alone.
+  detail.showModal();
+  if (detail.AccountChanged()) {
+    // A payment was backed out or canceled, or an excess fund moved: the lists show the account as it now is.
+    SendAdjustPI();
+  }
 }
 
 bool receivableMaySave(const QString& activityStatus, const QString& caseId, const QString& statusCode) {

@@ -19,6 +19,7 @@
 #include "platform/button.h"
 #include "platform/controlarray.h"
 #include "platform/datacontrol.h"
+#include "payments/refundhandover.h"
 #include "platform/grid.h"
 
 #include <QHash>
@@ -98,6 +99,9 @@ public:
   const messaging::RecordSetPtr& receipts() const { return m_receipts; }
   QString workFilePath() const { return m_workFilePath; }
   ToolbarHost* toolbarHost() const { return m_toolbar; }
+  // What "Create Refund" on the Receipt Detail screen hands the excess fund to (payments/refundhandover.h);
+  // none: that screen says the refund worksheet is not available.
+  void setRefundWorksheetOpener(payments::RefundWorksheetOpener opener) { m_refundOpener = std::move(opener); }
 
   // --- controls ------------------------------------------------------------------------------------------------
   platform::ControlArray<platform::Grid> mSdgDBGrid{QStringLiteral("mSdgDBGrid")};
@@ -120,7 +124,6 @@ private:
 
   void openArDetail(platform::Grid& grid, int row);
   void openReceiptDetail(platform::Grid& grid, int row);
-  void screenNotAvailable(const QString& caption);
   [[noreturn]] void replyFailed(const QString& text);
   bool takeList(int index, const messaging::Reply& reply);
   void handAssessments(const messaging::Reply& reply);
@@ -148,6 +151,7 @@ private:
   messaging::RecordSetPtr m_receivables;
   messaging::RecordSetPtr m_receipts;
   QString m_workFilePath;
+  payments::RefundWorksheetOpener m_refundOpener;
 
   // Positions of the columns RowLoaded reads and writes, per list, found when the columns are laid out.
   struct RowColumns {

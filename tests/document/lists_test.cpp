@@ -1,6 +1,8 @@
 // The two lists: their columns, the button rules, and what "AR Detail" and "Receipt Detail" do with a chosen row.
 #include "documentfixture.h"
 
+#include "payments/paydetail.h"
+
 namespace adjustacc::document::testing {
 namespace {
 
@@ -110,22 +112,55 @@ TEST_F(DocumentTest, InactiveCaseBoundOrVoidedReceivablesAreViewOnly) {
   }
 }
 
-// Until the receipt screen is part of the application, a chosen receipt says so plainly, names the row in the
-// status line as it stands, and leaves the account and the lists as they were.
-TEST_F(DocumentTest, ReceiptDetailSaysTheScreenIsNotAvailableYet) {
+// "Receipt Detail" opens the receipt screen with the header of the chosen row; the screen asks for the receipt under
+// its own reply-to name. The account is read again only when the screen closes having changed it.
+TEST_F(DocumentTest, ReceiptDetailOpensTheReceiptScreenAndReadsTheAccountAgainOnlyAfterAChange) {
+  m_set.codeTables.add(u"PAYADJUST"_s, u"B"_s, u"BACKOUT"_s);
   openAccount({receivable(u"1000011"_s)}, {receipt(u" 0004711 "_s)});
-  const int requests = m_set.link.requestCount();
-  QStringList statuses;
-  QObject::connect(&m_set.statusBar, &platform::StatusBar::textChanged,
-                   [&statuses](const QString& text) { statuses.append(text); });
   ASSERT_TRUE(list(1).userClickRow(0));
+  const int requests = m_set.link.requestCount();
+  QString replyTo;
+  const auto look = [&](platform::ModalForm& form) {
+    auto& detail = dynamic_cast<payments::QORVA_PayDetail&>(form);
+    EXPECT_EQ(m_set.statusBar.text(), u"Request Receipt Information");
+    EXPECT_EQ(detail.ReceiptNumber(), u" 0004711 ");
+    EXPECT_EQ(detail.mLblData[payments::QORVA_PayDetail::CustomerIdLabel].caption(), u"100001");
+    EXPECT_EQ(detail.mLblData[payments::QORVA_PayDetail::PaymentAmountLabel].caption(), u"$150.00");
+    EXPECT_EQ(detail.mLblData[payments::QORVA_PayDetail::StatusLabel].caption(), u"OPEN");
+    EXPECT_EQ(detail.mLblData[payments::QORVA_PayDetail::PaymentDateLabel].caption(), u"2024-02-12");
+    const messaging::Request request = m_set.link.lastRequest();
+    replyTo = request.replyTo;
+    EXPECT_EQ(request.param(u"key:RECEIPT_NBR"_s), u"0004711");
+    detail.mCmdButton_Click(payments::QORVA_PayDetail::CloseButton);
+  };
+  m_set.ui.queueModal(look);
   ASSERT_TRUE(doc().mCmdButton[QORVA_AdjustAcc::ReceiptDetailButton].click());
-  EXPECT_EQ(statuses, (QStringList{u"Searching for Receipt number  0004711 "_s, u"Ready"_s}));
-  ASSERT_EQ(m_set.ui.boxCount(), 1);
-  EXPECT_TRUE(m_set.ui.lastBox().text.startsWith(u"The Receipt Detail screen is not available"));
-  EXPECT_EQ(m_set.ui.lastBox().icon, platform::MsgIcon::Information);
-  EXPECT_EQ(m_set.link.requestCount(), requests);
-  EXPECT_EQ(list(1).rows(), 1);
+  EXPECT_TRUE(replyTo.startsWith(u"AdjustAccPayDetail"_s));
+  EXPECT_EQ(m_set.link.requestCount(), requests + 1);  // the receipt only: nothing changed
+  EXPECT_EQ(m_set.ui.boxCount(), 0) << m_set.ui.lastBox().text.toStdString();
+
+  // A save left unanswered when the screen closed may have changed the account: it is read again.
+  m_set.user.grant(u"ADJUSTRECEIPT"_s);
+  m_set.ui.queueModal([&](platform::ModalForm& form) {
+    auto& detail = dynamic_cast<payments::QORVA_PayDetail&>(form);
+    messaging::Reply receiptDetail;
+    receiptDetail.sections.insert(u"ACNTSRCVBL"_s, rowsOf({{{u"TRNSCTN_NBR"_s, u"710001"_s},
+                                                           {u"ACTVTY_STTS_CD"_s, QVariant()},
+                                                           {u"ADJSTMT_DT"_s, QVariant()}}}));
+    receiptDetail.sections.insert(u"RECEIPT"_s, rowsOf({{{u"RCPT_STTS_CD"_s, u"O"_s}, {u"ROW_VRSN_NBR"_s, u"1"_s}}}));
+    ASSERT_TRUE(m_set.link.answerLast(receiptDetail));
+    ASSERT_TRUE(testsupport::waitFor([&] { return detail.mCmdButton[payments::QORVA_PayDetail::SaveButton].isEnabled(); }));
+    detail.QORVA_CodesCombo.setCode(u"B"_s);
+    detail.QORVA_DTP1.setDate(QDate(2024, 3, 1));
+    detail.mTxtAdjust.setText(u"Returned check"_s);
+    detail.SaveData();
+    EXPECT_EQ(detail.SaveState(), u"SAVEPENDING");
+    detail.mCmdButton_Click(payments::QORVA_PayDetail::CloseButton);
+  });
+  ASSERT_TRUE(doc().mCmdButton[QORVA_AdjustAcc::ReceiptDetailButton].click());
+  const messaging::Request reread = m_set.link.lastRequest();
+  EXPECT_EQ(reread.replyTo, u"AdjustAcc");
+  EXPECT_EQ(reread.param(u"key:REF_NBR"_s), u"1234-4");
 }
 
 TEST_F(DocumentTest, TheButtonsDoNothingWithoutAChosenRow) {

@@ -213,7 +213,12 @@ TEST_F(ClerkScenario, EnterOrADoubleClickOnARowOpensItAsItsButtonWould) {
   QSignalSpy arDetail(&document->mCmdButton[QORVA_AdjustAcc::ArDetailButton], &platform::Button::clicked);
   QSignalSpy receiptDetail(&document->mCmdButton[QORVA_AdjustAcc::ReceiptDetailButton], &platform::Button::clicked);
 
+  // Keys go to the list only once its window is the active one.
+  window().activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
   receivables->table()->setFocus();
+  // The list's current row reaches the view on the event loop, after the rows.
+  ASSERT_TRUE(waitFor([&] { return receivables->table()->currentIndex().isValid(); }));
   QTest::keyClick(receivables->table(), Qt::Key_Return);
   EXPECT_EQ(arDetail.count(), 1);
   EXPECT_EQ(document->mSdgDBGrid[QORVA_AdjustAcc::ReceivablesList].selectedRows(), QList<int>{0});

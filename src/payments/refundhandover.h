@@ -1,0 +1,60 @@
+#pragma once
+// How "Create Refund" on the Receipt Detail screen hands an excess fund over to the refund worksheet screen.
+//
+// The worksheet screen lives in its own folder and the receipt screens do not depend on it. Whoever opens
+// the Receipt Detail screen (the document) may give it a RefundWorksheetOpener; without one, "Create Refund"
+// tells the clerk plainly that the refund worksheet is not available in this version and changes nothing.
+//
+// What the receipt screen does with the worksheet, in order:
+//   1. opener() makes the worksheet (not yet shown);
+//   2. setCustomerID(owner of the excess fund) and setDataLabel(1..6, ...) with the excess fund's row:
+//        1 customer name, 2 address line 1, 3 city, 4 state, 5 ZIP, 6 refund amount;
+//   3. showModal() - returns when the clerk closes the worksheet. While it is showing, the answer to the
+//      refund-information request may arrive and overwrite: setCustomerID, setDataLabel(0, refund number
+//      of a worksheet already under way), setStatus(status code), setDataLabel(1..5, name and address) and
+//      setSecondAddressLine; and the refund-number watch writes setDataLabel(0, the next refund number)
+//      once the number service has one;
+//   4. refundCompleted() is read after showModal() returns: true makes the receipt screen read the receipt
+//      again (and tells its own opener that the account changed).
+//
+// The worksheet screen plugs in with a small adapter in the opener's code:
+//
+//   detail.setRefundWorksheetOpener([&services] { return std::make_unique<WorkSheetHandOver>(services); });
+//
+// where WorkSheetHandOver wraps the worksheet screen (QORVA_WorkSheet): each setter writes the screen's
+// property or data label of the same index, showModal() shows it, refundCompleted() reads its flag.
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace adjustacc::payments {
+
+class RefundWorksheet {
+public:
+  // Indexes of the worksheet's data labels that the receipt screen fills.
+  enum DataLabel {
+    RefundNumberLabel = 0,
+    NameLabel = 1,
+    Address1Label = 2,
+    CityLabel = 3,
+    StateLabel = 4,
+    ZipLabel = 5,
+    AmountLabel = 6,
+  };
+
+  virtual ~RefundWorksheet();
+  virtual void setCustomerID(const QString& customerId) = 0;
+  virtual void setDataLabel(int index, const QString& text) = 0;
+  virtual void setSecondAddressLine(const QString& text) = 0;
+  virtual void setStatus(const QString& statusCode) = 0;
+  // Shows the worksheet modally; returns when it hid itself.
+  virtual void showModal() = 0;
+  virtual bool refundCompleted() const = 0;
+};
+
+// Makes a refund worksheet for one "Create Refund"; may answer null (then nothing is shown).
+using RefundWorksheetOpener = std::function<std::unique_ptr<RefundWorksheet>()>;
+
+}  // namespace adjustacc::payments

@@ -1,0 +1,212 @@
+// Receipts through the real widgets on a fresh embedded database with the demo set: a clerk backs a payment out of
+// a demo receipt and sees the account read again with the amount owed once more; an excess fund is transferred
+// in part to another receivable (after the clerk first tried more than the fund holds and read why not), and
+// both the fund and the receiving receivable show it. Each step is saved as a screenshot under the build tree.
+#include "desktopfixture.h"
+
+#include "desktop/adjustaccview.h"
+#include "desktop/dateedit.h"
+#include "desktop/forminqview.h"
+#include "desktop/gridview.h"
+#include "desktop/paydetailview.h"
+#include "desktop/paymententry.h"
+#include "desktop/transpaymentview.h"
+
+#include "document/adjustacc.h"
+#include "inquiry/forminq.h"
+#include "payments/paydetail.h"
+#include "payments/transpayment.h"
+#include "platform/checkdigit.h"
+#include "platform/currency.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTableView>
+#include <QTableWidget>
+
+namespace adjustacc::desktop::testing {
+namespace {
+
+using namespace Qt::Literals::StringLiterals;
+using document::QORVA_AdjustAcc;
+using payments::QORVA_PayDetail;
+using payments::QORVA_TransPayment;
+
+int rowsOf(GridView* list) { return list->table()->model()->rowCount(); }
+
+int columnOf(GridView* grid, const QString& caption) {
+  QAbstractItemModel* model = grid->table()->model();
+  for (int column = 0; column < model->columnCount(); ++column) {
+    if (model->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString() == caption) {
+      return column;
+    }
+  }
+  return -1;
+}
+
+int rowWith(GridView* grid, const QString& caption, const QString& text) {
+  const int column = columnOf(grid, caption);
+  QAbstractItemModel* model = grid->table()->model();
+  for (int row = 0; column >= 0 && row < model->rowCount(); ++row) {
+    if (model->index(row, column).data().toString().trimmed() == text) {
+      return row;
+    }
+  }
+  return -1;
+}
+
+void clickRow(GridView* grid, int row) {
+  grid->table()->selectRow(row);
+  QTest::mouseClick(grid->table()->viewport(), Qt::LeftButton, {},
+                    grid->table()->visualRect(grid->table()->model()->index(row, 0)).center());
+}
+
+class PaymentsScenario : public DesktopFixture {
+protected:
+  // Opens the account `number` of the type described `type` (empty: the default, citation).
+  void openAccount(const QString& type, const QString& number) {
+    whenShown<FormInqView>([type, number](FormInqView& dialog) {
+      if (!type.isEmpty()) {
+        dialog.typeBox()->setCurrentIndex(dialog.typeBox()->findText(type));
+      }
+      dialog.numberBox()->setFocus();
+      QTest::keyClicks(dialog.numberBox(), number);
+      QTest::mouseClick(dialog.button(inquiry::QORVA_FormInq::OkButton), Qt::LeftButton);
+    });
+    window().openAccount();
+    view = window().currentView();
+    ASSERT_NE(view, nullptr);
+    ASSERT_TRUE(waitFor([&] { return rowsOf(view->list(QORVA_AdjustAcc::ReceiptsList)) > 0; }))
+        << window().statusText()->text().toStdString();
+  }
+  // Chooses receipt `number` in the list and opens its detail; `step` is the clerk at the Receipt Detail dialog.
+  void openReceipt(const QString& number, const std::function<void(PayDetailView&)>& step) {
+    GridView* receipts = view->list(QORVA_AdjustAcc::ReceiptsList);
+    const int row = rowWith(receipts, u"Receipt #"_s, number);
+    ASSERT_GE(row, 0);
+    clickRow(receipts, row);
+    whenShown<PayDetailView>(step);
+    QTest::mouseClick(view->button(QORVA_AdjustAcc::ReceiptDetailButton), Qt::LeftButton);
+  }
+  QString amountDue(const QString& receivable) {
+    GridView* receivables = view->list(QORVA_AdjustAcc::ReceivablesList);
+    const int row = rowWith(receivables, u"Account #"_s, receivable);
+    return row < 0 ? QString()
+                   : receivables->table()->model()->index(row, columnOf(receivables, u"Amount Due"_s)).data().toString();
+  }
+
+  AdjustAccView* view = nullptr;
+};
+
+TEST_F(PaymentsScenario, AClerkBacksAPaymentOutAndTheAccountShowsItOwedAgain) {
+  ASSERT_NO_FATAL_FAILURE(start());
+  ASSERT_NO_FATAL_FAILURE(openAccount({}, u"1000011"_s));
+  const QString before = amountDue(u"1000011"_s);
+  ASSERT_FALSE(before.isEmpty());
+  screenshot(window(), u"payments-01-account"_s);
+  ASSERT_NO_FATAL_FAILURE(openReceipt(u"8000001"_s, [&](PayDetailView& detail) {
+    auto& form = dynamic_cast<QORVA_PayDetail&>(detail.form());
+    GridView* payments = detail.grid(QORVA_PayDetail::PaymentsGrid);
+    ASSERT_TRUE(waitFor([&] { return rowsOf(payments) == 2; })) << rowsOf(payments);
+    EXPECT_EQ(detail.windowTitle(), u"Receipt Detail"_s);
+    EXPECT_EQ(detail.dataLabel(QORVA_PayDetail::ConfirmationLabel)->text(), u"CNF-55102"_s);
+    EXPECT_EQ(detail.dataLabel(QORVA_PayDetail::PaymentAmountLabel)->text(), u"$200.00"_s);
+    EXPECT_EQ(window().statusText()->text(), u"Ready"_s);
+    screenshot(detail, u"payments-02-receipt-detail"_s);
+    const int row = rowWith(payments, u"AR #"_s, u"1000011"_s);
+    ASSERT_GE(row, 0);
+    QAbstractItemModel* model = payments->table()->model();
+    ASSERT_TRUE(model->setData(model->index(row, columnOf(payments, u"Action"_s)), u"BACKOUT"_s, Qt::EditRole));
+    detail.dateEdit()->setDate(QDate::currentDate());
+    detail.commentBox()->setFocus();
+    QTest::keyClicks(detail.commentBox(), u"Check returned unpaid"_s);
+    screenshot(detail, u"payments-03-payment-marked"_s);
+    QTest::mouseClick(detail.button(QORVA_PayDetail::SaveButton), Qt::LeftButton);
+    ASSERT_TRUE(waitFor([&] { return form.SaveState().isEmpty() && form.AccountChanged() && rowsOf(payments) == 2; }))
+        << window().statusText()->text().toStdString();
+    ASSERT_TRUE(waitFor([&] { return window().statusText()->text() == u"Ready"_s; }));
+    EXPECT_EQ(model->index(row, columnOf(payments, u"Status"_s)).data().toString(), u"BACKOUT"_s);
+    EXPECT_TRUE(detail.commentBox()->text().isEmpty());
+    screenshot(detail, u"payments-04-payment-backed-out"_s);
+    QTest::mouseClick(detail.button(QORVA_PayDetail::CloseButton), Qt::LeftButton);
+  }));
+  ASSERT_TRUE(waitFor([&] { return amountDue(u"1000011"_s) != before; })) << before.toStdString();
+  EXPECT_EQ(platform::Currency::parse(amountDue(u"1000011"_s)).value(),
+            platform::Currency::parse(before).value() + platform::Currency::fromCents(15000));
+  screenshot(window(), u"payments-05-account-read-again"_s);
+}
+
+TEST_F(PaymentsScenario, PartOfAnExcessFundIsTransferredButNeverMoreThanItHolds) {
+  ASSERT_NO_FATAL_FAILURE(start());
+  ASSERT_NO_FATAL_FAILURE(openAccount({}, u"1000011"_s));
+  const QString targetBefore = amountDue(u"1000011"_s);
+  ASSERT_NO_FATAL_FAILURE(openAccount(u"OVERWEIGHT CITATION ENF003"_s, u"1000028"_s));
+  const QString digit = platform::CheckDigit().compute(u"1000011"_s).value();
+  QString refusal;
+  ASSERT_NO_FATAL_FAILURE(openReceipt(u"8000002"_s, [&](PayDetailView& detail) {
+    auto& form = dynamic_cast<QORVA_PayDetail&>(detail.form());
+    GridView* excess = detail.grid(QORVA_PayDetail::ExcessGrid);
+    ASSERT_TRUE(waitFor([&] { return rowsOf(excess) == 1; }));
+    EXPECT_FALSE(detail.button(QORVA_PayDetail::TransferButton)->isEnabled());
+    clickRow(excess, 0);
+    ASSERT_TRUE(detail.button(QORVA_PayDetail::TransferButton)->isEnabled());
+    screenshot(detail, u"payments-06-excess-fund-chosen"_s);
+    bool transferred = false;
+    whenShown<TransPaymentView>([&](TransPaymentView& transfer) {
+      auto& screen = dynamic_cast<QORVA_TransPayment&>(transfer.form());
+      QTableWidget* lines = transfer.entry()->table();
+      ASSERT_EQ(lines->rowCount(), 1);
+      lines->item(0, 0)->setText(u"C"_s);
+      lines->item(0, 1)->setText(u"1000011-"_s + digit);
+      lines->item(0, 2)->setText(u"150.01"_s);
+      // More than the fund holds: the entry says why, in a box the clerk reads and closes.
+      boxWatch.stop();
+      whenShown<QMessageBox>([&refusal](QMessageBox& box) {
+        refusal = box.text();
+        screenshot(box, u"payments-07-more-than-the-excess"_s);
+        box.accept();
+      });
+      QTest::mouseClick(transfer.button(QORVA_TransPayment::SaveButton), Qt::LeftButton);
+      ASSERT_TRUE(waitFor([&] { return !refusal.isEmpty(); }));
+      boxWatch.start();
+      EXPECT_TRUE(screen.SaveState().isEmpty());
+      lines->item(0, 2)->setText(u"100.00"_s);
+      screenshot(transfer, u"payments-08-transfer-entered"_s);
+      QTest::mouseClick(transfer.button(QORVA_TransPayment::SaveButton), Qt::LeftButton);
+      ASSERT_TRUE(waitFor([&] { return screen.SaveState().isEmpty() && screen.AccountChanged(); }))
+          << window().statusText()->text().toStdString();
+      transferred = true;
+      QTest::mouseClick(transfer.button(QORVA_TransPayment::CloseButton), Qt::LeftButton);
+    });
+    QTest::mouseClick(detail.button(QORVA_PayDetail::TransferButton), Qt::LeftButton);
+    ASSERT_TRUE(waitFor([&] { return transferred; }));
+    // The receipt read again: the fund split into the part moved and the part still open.
+    ASSERT_TRUE(waitFor([&] { return rowsOf(excess) == 2; }));
+    EXPECT_GE(rowWith(excess, u"Status"_s, u"TRANSFERRED"_s), 0);
+    const int open = rowWith(excess, u"Status"_s, u"OPEN"_s);
+    ASSERT_GE(open, 0);
+    EXPECT_EQ(excess->table()->model()->index(open, columnOf(excess, u"Amount"_s)).data().toString(), u"$50.00"_s);
+    EXPECT_TRUE(form.AccountChanged());
+    screenshot(detail, u"payments-09-excess-fund-split"_s);
+    whenShown<QMessageBox>([](QMessageBox& box) {
+      // "There are Excess Funds remaining": the clerk leaves all the same.
+      box.button(QMessageBox::Yes)->click();
+    });
+    boxWatch.stop();
+    QTest::mouseClick(detail.button(QORVA_PayDetail::CloseButton), Qt::LeftButton);
+  }));
+  boxWatch.start();
+  EXPECT_EQ(refusal.trimmed(), u"The transfer of $150.01 is more than the excess fund of $150.00"_s);
+  // The receiving receivable owes the amount less.
+  ASSERT_NO_FATAL_FAILURE(openAccount({}, u"1000011"_s));
+  ASSERT_TRUE(waitFor([&] { return !amountDue(u"1000011"_s).isEmpty(); }));
+  EXPECT_EQ(platform::Currency::parse(amountDue(u"1000011"_s)).value(),
+            platform::Currency::parse(targetBefore).value() - platform::Currency::fromCents(10000));
+  screenshot(window(), u"payments-10-receiving-account"_s);
+}
+
+}  // namespace
+}  // namespace adjustacc::desktop::testing
