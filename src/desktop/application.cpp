@@ -7,6 +7,7 @@
 #include "licpurchoptview.h"
 #include "logging.h"
 #include "selectcustforminqview.h"
+#include "worksheetview.h"
 
 #include "activity/activity.h"
 #include "ardetail/accdetail.h"
@@ -16,6 +17,7 @@
 #include "inquiry/forminq.h"
 #include "inquiry/selectcustforminq.h"
 #include "messaging/remotelink.h"
+#include "refunds/worksheet.h"
 #include "platform/modmessagetitle.h"
 
 #include <QGuiApplication>
@@ -51,11 +53,13 @@ Application::Application(StartOptions options, QObject* parent)
       m_link(makeLink(m_options)),
       m_store(codeConnectionName(this)),
       m_codeServices(m_store.connectionName(), m_user, m_clock, *m_link, m_session),
+      m_printing(m_options.mode == StartOptions::Mode::Remote ? QString() : m_options.dataFolder),
       m_services(m_codeServices.services(m_ui, *m_link, m_clock, m_user, m_session, m_statusBar, m_errors,
                                          m_printing, m_printing)) {
   registerViews(m_ui);
   m_window = std::make_unique<DocumentWindow>(m_ui, m_statusBar);
   m_ui.setMainWindow(m_window.get());
+  m_printing.setDialogParent(m_window.get());
   m_signOn = std::make_unique<SignOn>(*m_link, m_session, m_options.officerId, m_store);
   connect(m_signOn.get(), &SignOn::finished, this, &Application::signedOn);
   if (auto* embedded = embeddedLink()) {
@@ -78,6 +82,7 @@ void Application::registerViews(QtUi& ui) {
   ui.registerView<ardetail::QORVA_AccDetail, AccDetailView>(ardetail::QORVA_AccDetail::kFormName);
   ui.registerView<activity::QORVA_Activity, ActivityView>(activity::QORVA_Activity::kFormName);
   ui.registerView<ardetail::QORVA_LicPurchOpt, LicPurchOptView>(ardetail::QORVA_LicPurchOpt::kFormName);
+  ui.registerView<refunds::QORVA_WorkSheet, WorkSheetView>(refunds::QORVA_WorkSheet::kFormName);
   ui.registerView<inquiry::QORVA_FormInq, FormInqView>(inquiry::QORVA_FormInq::kFormName);
   ui.registerView<inquiry::QORVA_SelectCustFormInq, SelectCustFormInqView>(
       inquiry::QORVA_SelectCustFormInq::kFormName);
