@@ -1,6 +1,7 @@
 #include "aradjustmentrules.h"
 
 #include "audit.h"
+#include "handlercontext.h"
 
 #include <QTime>
 

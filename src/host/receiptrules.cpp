@@ -1,6 +1,7 @@
 #include "receiptrules.h"
 
 #include "audit.h"
+#include "handlercontext.h"
 
 #include <QSet>
 

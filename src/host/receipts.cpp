@@ -6,6 +6,8 @@
 #include "receivable.h"
 #include "requestcheck.h"
 
+#include "messaging/sections.h"
+
 #include <algorithm>
 
 namespace adjustacc::host {
@@ -172,7 +174,7 @@ Result<QList<Payment>> paymentsOf(const Sql& sql, const QString& receipt) {
   QList<Payment> payments;
   while (query.value().next()) {
     const QSqlQuery& q = query.value();
-    payments.append({q.value(0).toLongLong(), q.value(1).toLongLong(), q.value(2).toString(), dayFromValue(q.value(3)),
+    payments.append({q.value(0).toLongLong(), q.value(1).toLongLong(), q.value(2).toString(), SqlDialect::dayFromValue(q.value(3)),
                      q.value(4).toLongLong(), q.value(5).toString().trimmed().toUpper(), q.value(6).toLongLong(),
                      q.value(7).toString(), q.value(8).toString(), q.value(9).toString(), q.value(10).toString()});
   }

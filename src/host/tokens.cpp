@@ -1,6 +1,6 @@
 #include "tokens.h"
 
-#include "sqldialect.h"
+#include "messaging/sqldialect.h"
 
 #include <QCryptographicHash>
 #include <QRandomGenerator>
@@ -14,6 +14,7 @@
 namespace adjustacc::host {
 
 using messaging::Result;
+using messaging::SqlDialect;
 
 namespace {
 
@@ -93,9 +94,10 @@ Result<bool> TokenStore::ensureTable() {
   }
   QSqlQuery query(db);
   // Looked for first: the service's own database role may read the table but not create anything.
-  const Result<SqlDialect> dialect = SqlDialect::of(db);
-  if (!dialect.ok()) {
-    return Result<bool>::failure(dialect.error());
+  const std::optional<SqlDialect> dialect = SqlDialect::of(db);
+  if (!dialect) {
+    return Result<bool>::failure(
+        QStringLiteral("The token store does not know the database driver %1.").arg(db.driverName()));
   }
   query.prepare(dialect->tableExistsQuery());
   query.addBindValue(QStringLiteral("HOST_TOKEN"));

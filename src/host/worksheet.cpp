@@ -53,7 +53,7 @@ Result<std::optional<Worksheet>> readWorksheet(const Sql& sql, const QString& nu
   const QVariantList& v = *row.value();
   return std::optional<Worksheet>(Worksheet{v.at(0).toString(), v.at(1).toString(), v.at(2).toString(),
                                             v.at(3).toLongLong(), v.at(4).toString(), v.at(5).toString(),
-                                            v.at(6).toString(), v.at(7).toString(), dayFromValue(v.at(8)),
+                                            v.at(6).toString(), v.at(7).toString(), SqlDialect::dayFromValue(v.at(8)),
                                             v.at(9).toLongLong()});
 }
 

@@ -1,6 +1,7 @@
 #include "worksheetrules.h"
 
 #include "audit.h"
+#include "handlercontext.h"
 
 #include "messaging/formnumber.h"
 
