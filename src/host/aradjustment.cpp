@@ -36,7 +36,7 @@ Result<std::optional<Assessment>> findAssessment(const Sql& sql, qint64 receivab
   const QVariantList& v = *row.value();
   return std::optional<Assessment>(Assessment{
       v.at(0).toLongLong(), v.at(1).toString(), v.at(2).toString(), v.at(3).toLongLong(), v.at(4).toString(),
-      dayFromValue(v.at(5)), v.at(6).toLongLong(), v.at(7).toLongLong(), v.at(8).toString().trimmed().toUpper(),
+      SqlDialect::dayFromValue(v.at(5)), v.at(6).toLongLong(), v.at(7).toLongLong(), v.at(8).toString().trimmed().toUpper(),
       v.at(9).toString().trimmed().toUpper() == u"Y", v.at(10).toLongLong()});
 }
 
