@@ -60,6 +60,9 @@ Application::Application(StartOptions options, QObject* parent)
   m_window = std::make_unique<DocumentWindow>(m_ui, m_statusBar);
   m_ui.setMainWindow(m_window.get());
   m_printing.setDialogParent(m_window.get());
+  if (const QString problem = m_printing.installShippedTemplates(); !problem.isEmpty()) {
+    qCWarning(lcDesktop).noquote() << "print templates:" << problem;
+  }
   m_signOn = std::make_unique<SignOn>(*m_link, m_session, m_options.officerId, m_store);
   connect(m_signOn.get(), &SignOn::finished, this, &Application::signedOn);
   if (auto* embedded = embeddedLink()) {

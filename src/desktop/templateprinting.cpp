@@ -196,6 +196,29 @@ QStringList TemplatePrinting::templateFolders() const {
           program.filePath(QStringLiteral("templates"))};
 }
 
+QString TemplatePrinting::installShippedTemplates() const {
+  const QStringList folders = templateFolders();
+  const QDir target(folders.first());
+  for (const QString& shipped : folders.mid(1)) {
+    const QFileInfoList files = QDir(shipped).entryInfoList({QStringLiteral("template-*.html")}, QDir::Files);
+    if (files.isEmpty()) {
+      continue;
+    }
+    if (!target.mkpath(QStringLiteral("."))) {
+      return QStringLiteral("The templates folder %1 could not be made.").arg(QDir::toNativeSeparators(target.path()));
+    }
+    for (const QFileInfo& file : files) {
+      const QString copy = target.filePath(file.fileName());
+      if (!QFileInfo::exists(copy) && !QFile::copy(file.absoluteFilePath(), copy)) {
+        return QStringLiteral("The print template %1 could not be copied to %2.")
+            .arg(file.fileName(), QDir::toNativeSeparators(target.path()));
+      }
+    }
+    return {};
+  }
+  return QStringLiteral("No print templates were found in %1.").arg(folders.mid(1).join(QStringLiteral(", ")));
+}
+
 QString TemplatePrinting::templatePath(int templateNumber) {
   const QString name = QStringLiteral("template-%1.html").arg(templateNumber);
   for (const QString& folder : templateFolders()) {

@@ -2,7 +2,8 @@
 // Printing through the templates the administrators keep: the template lookup finds template <n> as the file
 // "template-<n>.html" in the first of these folders that has it:
 //   1. <data folder>/templates      the folder of the local data (--data, or the user's application data
-//                                   folder): where an administrator puts a replacement
+//                                   folder): the application copies its templates there when they are
+//                                   missing, and an administrator edits or replaces them there
 //   2. <program>/../share/adjustacc/templates   installed with the application
 //   3. <program>/templates          beside the program in the build tree
 // The print component fills the template with the print document's values (every "{{NAME}}" becomes the text
@@ -66,6 +67,9 @@ public:
   QString templatePath(int templateNumber) override;
   // The folders searched, first first.
   QStringList templateFolders() const;
+  // Copies each template the application ships into the data folder's templates folder, unless a file of
+  // that name is already there (an administrator's copy is never overwritten). Answers what went wrong.
+  QString installShippedTemplates() const;
 
 private:
   QString m_dataFolder;

@@ -66,6 +66,32 @@ TEST(TemplatePrinting, TheDataFoldersTemplateComesBeforeTheShippedOne) {
   EXPECT_EQ(printing.templatePath(99), QFileInfo(replacement).absoluteFilePath());
 }
 
+TEST(TemplatePrinting, TheShippedTemplatesAreCopiedIntoTheDataFolderButNeverOverAnAdministratorsCopy) {
+  QTemporaryDir data;
+  TemplatePrinting printing(data.path());
+  const QString shipped = QCoreApplication::applicationDirPath() + u"/templates"_s;
+  const QString shippedFile = shipped + u"/template-98.html"_s;
+  QFile::remove(shippedFile);
+  // The test program is not beside the shipped templates: none are found, and nothing is made.
+  EXPECT_NE(printing.installShippedTemplates(), u"");
+  EXPECT_EQ(printing.templatePath(98), u"");
+  // As the application lays them out beside the program.
+  const bool made = QDir().mkpath(shipped);
+  ASSERT_TRUE(made);
+  ASSERT_TRUE(QFile::copy(kShippedTemplate, shippedFile));
+  const QString installed = QDir(data.path()).filePath(u"templates/template-98.html"_s);
+  EXPECT_EQ(printing.installShippedTemplates(), u"");
+  EXPECT_EQ(readText(installed), readText(kShippedTemplate));
+  QFile administrators(installed);
+  ASSERT_TRUE(administrators.open(QIODevice::WriteOnly | QIODevice::Truncate));
+  administrators.write("<p>{{REFUNDNO}}</p>");
+  administrators.close();
+  EXPECT_EQ(printing.installShippedTemplates(), u"");
+  EXPECT_EQ(readText(installed), u"<p>{{REFUNDNO}}</p>");
+  EXPECT_EQ(printing.templatePath(98), QFileInfo(installed).absoluteFilePath());
+  QFile::remove(shippedFile);
+}
+
 TEST(TemplatePrinting, ValuesAreEscapedAndKeepTheirLineBreaks) {
   const PrintValues values =
       readPrintDocument(u"<AdjustAccount><A>1 &lt; 2 &amp; 3</A><B>one&#xd;\ntwo</B><C></C></AdjustAccount>"_s);
