@@ -6,6 +6,8 @@
 #include "activity/activity.h"
 
 #include "screencore/codetablequerytext.h"
+#include "messaging/protocolwords.h"
+#include "messaging/receivablebalance.h"
 #include "messaging/recordsetbuilder.h"
 #include "messaging/replychecker.h"
 #include "messaging/requestmessage.h"
@@ -83,11 +85,12 @@ const ColumnProps kAdjustedColumns[] = {
     {u"STTS_IND", u"", Text},
     {u"ASSMT_TYP_CD", u"", Text},
 };
-// Hidden on both: the amount of a License Purchase Option row, which a moved row is read from, and the row
-// version the host checks when the row is saved.
+// Hidden on both: the amount of a License Purchase Option row, which a moved row is read from, the row
+// version the host checks when the row is saved, and for a removed row what reinstating it owes again.
 const ColumnProps kHiddenColumns[] = {
     {u"AC_ASMT_AMT", u"", Text},
     {u"ROW_VRSN_NBR", u"", Text},
+    {u"RMVD_BAL_AMT", u"", Text},
 };
 
 const QString& checkColumn(int grid) { return grid == QORVA_AccDetail::AvailableGrid ? kRemove : kReinstate; }
@@ -201,7 +204,7 @@ void QORVA_AccDetail::addAssessment(const messaging::RecordSet& assessments) {
     }
   };
   keep(QStringLiteral("AC_ASMT_AMT"), line.text.section(u'\t', 9, 9));
-  for (const char* field : {"STTS_IND", "ASSMT_TYP_CD", "ROW_VRSN_NBR"}) {
+  for (const char* field : {"STTS_IND", "ASSMT_TYP_CD", "ROW_VRSN_NBR", "RMVD_BAL_AMT"}) {
     keep(QLatin1String(field), assessments.value(QLatin1String(field)));
   }
 }
@@ -333,9 +336,9 @@ void QORVA_AccDetail::SendAccountPI() {
   trap(m_services, source("SendAccountPI"), [&] {
     messaging::RequestMessage& message =
         screencore::freshRequest(m_services, *this, mNcsbMessage, replyToName(), kRequestCode);
-    message.addParameter(marventoParameter(QStringLiteral("key:ACCT_RCVBL_NBR"), ARNumber().trimmed()));
-    message.addParameter(marventoParameter(QStringLiteral("key:ACCT_RCVBL_TYP_CD"), ARType().trimmed()));
-    message.addParameter(marventoParameter(QStringLiteral("key:THIN"), QStringLiteral("YES")));
+    message.addParameter(marventoParameter(messaging::params::AcctRcvblNbr, ARNumber().trimmed()));
+    message.addParameter(marventoParameter(messaging::params::AcctRcvblTypCd, ARType().trimmed()));
+    message.addParameter(marventoParameter(messaging::params::Thin, QStringLiteral("YES")));
     // Named without a record: what the request asks for, not a change.
     message.addRecord(kActivitySection);
     m_services.statusBar.setText(QStringLiteral("Requesting Account Activity for ") +
@@ -417,6 +420,10 @@ void QORVA_AccDetail::MoveGridRow(int index) {
     const int added = to.rows() - 1;
     to.setCellValue(added, to.columnIndex(QStringLiteral("AC_ASMT_AMT")), amount);
     to.setCellValue(added, to.columnIndex(QStringLiteral("ROW_VRSN_NBR")), text("ROW_VRSN_NBR"));
+    // A row removed just now owes again, when reinstated, what it still owed: the host keeps that with the removal.
+    if (index == AvailableGrid) {
+      to.setCellValue(added, to.columnIndex(QStringLiteral("RMVD_BAL_AMT")), text("BAL_DUE_AMT"));
+    }
   });
 }
 
@@ -439,6 +446,46 @@ void QORVA_AccDetail::showTotals(int changedGrid) {
     total += screencore::valueOrFail(Currency::parse(otherText));
   }
   mLblAdjust[TotalAdjustmentLabel].setCaption(total.toDisplayText());
+  showBalanceAfter();
+}
+
+void QORVA_AccDetail::setBalance(const QString& balance) {
+  m_balance.reset();
+  if (const messaging::Result<Currency> read = Currency::parse(balance)) {
+    m_balance = read.value();
+  }
+  showBalanceAfter();
+}
+
+void QORVA_AccDetail::showBalanceAfter() {
+  const auto cents = [](Currency amount) { return amount.roundedToCents().units() / Currency::kUnitsPerCent; };
+  const auto money = [&](int grid, int row, const char* column) -> std::optional<qint64> {
+    const QString text = cell(grid, row, column).trimmed();
+    if (text.isEmpty()) {
+      return std::nullopt;
+    }
+    const messaging::Result<Currency> amount = Currency::parse(text);
+    return amount ? std::optional<qint64>(cents(amount.value())) : std::nullopt;
+  };
+  QList<qint64> removed;
+  QList<qint64> reinstated;
+  for (int row = 0; row < mSdgDBGrid[AvailableGrid].rows(); ++row) {
+    if (isChecked(AvailableGrid, row)) {
+      removed.append(money(AvailableGrid, row, "BAL_DUE_AMT").value_or(0));
+    }
+  }
+  for (int row = 0; row < mSdgDBGrid[AdjustedGrid].rows(); ++row) {
+    if (isChecked(AdjustedGrid, row)) {
+      reinstated.append(messaging::reinstatedDue(money(AdjustedGrid, row, "CL_ASMT_AMT").value_or(0),
+                                                  money(AdjustedGrid, row, "RMVD_BAL_AMT")));
+    }
+  }
+  if (!m_balance || (removed.isEmpty() && reinstated.isEmpty())) {
+    m_balanceAfter.setCaption(QString());
+    return;
+  }
+  const qint64 after = messaging::balanceAfterAdjustment(cents(*m_balance), removed, reinstated);
+  m_balanceAfter.setCaption(Currency::fromCents(after).toDisplayText());
 }
 
 void QORVA_AccDetail::mSdgDBGrid_AfterUpdate(int index) {
@@ -741,9 +788,9 @@ void QORVA_AccDetail::SaveData() {
 messaging::RequestMessage& QORVA_AccDetail::saveRequest() {
   messaging::RequestMessage& message =
       screencore::freshRequest(m_services, *this, mNcsbMessage, replyToName(), kRequestCode);
-  message.addParameter(marventoParameter(QStringLiteral("key:REF_NBR"), ARNumber().trimmed()));
-  message.addParameter(marventoParameter(QStringLiteral("key:REF_TYP_CD"), ARType().trimmed()));
-  message.addParameter(marventoParameter(QStringLiteral("key:LPO"), QStringLiteral("NO")));
+  message.addParameter(marventoParameter(messaging::params::RefNbr, ARNumber().trimmed()));
+  message.addParameter(marventoParameter(messaging::params::RefTypCd, ARType().trimmed()));
+  message.addParameter(marventoParameter(messaging::params::Lpo, QStringLiteral("NO")));
   return message;
 }
 
@@ -752,7 +799,9 @@ void QORVA_AccDetail::sendSave(messaging::RequestMessage& message) {
   mSdgDBGrid[AvailableGrid].setEnabled(false);
   mSdgDBGrid[AdjustedGrid].setEnabled(false);
   m_services.ui.setPointer(platform::Pointer::Hourglass);
-  m_watch.saveSent();
+  m_watch.saveSent(m_requestId, QStringLiteral("the changes to %1 number %2")
+                                    .arg(m_services.codes.description(QStringLiteral("ADJDOC"), ARType().trimmed()),
+                                         ARNumber().trimmed()));
 }
 
 void QORVA_AccDetail::LoadActivityDTD(messaging::RequestMessage& message) {
@@ -852,6 +901,7 @@ void QORVA_AccDetail::InitializeData() {
     for (const int label : {TotalReinstatedLabel, TotalRemovalLabel, TotalAdjustmentLabel}) {
       mLblAdjust[label].setCaption(QString());
     }
+    m_balanceAfter.setCaption(QString());
   });
 }
 

@@ -96,6 +96,9 @@ public:
   void setCaseID(const QString& caseId) { m_caseId = caseId; }
   // The version of the receivable's row as the list read it: the host refuses a save of a changed row.
   void setRowVersion(const QString& version) { m_rowVersion = version; }
+  // The receivable's balance as the list read it (any money text; empty when unknown): the start of the
+  // balance the screen shows the receivable will have after the save.
+  void setBalance(const QString& balance);
   // False for a receivable that may be looked at but not saved: the Save button starts, and stays, disabled.
   void setSaveAllowed(bool allowed);
   bool saveAllowed() const { return m_saveAllowed; }
@@ -151,6 +154,9 @@ public:
   platform::ControlArray<platform::Button> mCmdButton{QStringLiteral("mCmdButton")};
   platform::ControlArray<platform::Grid> mSdgDBGrid{QStringLiteral("mSdgDBGrid")};
   platform::Timer mTimUpdateTimeout{QStringLiteral("mTimUpdateTimeout")};
+  // Beside the totals: the balance the receivable will have once the marked rows are saved, worked out by the
+  // rule the host saves by; empty while nothing is marked or the balance is not known.
+  platform::Label m_balanceAfter{QStringLiteral("m_balanceAfter")};
 
 private:
   void loaded() override { Form_Load(); }
@@ -168,6 +174,7 @@ private:
   void fail(platform::Control& input, const QString& message);
   void removeMovedRows(int index);
   void showTotals(int changedGrid);
+  void showBalanceAfter();
   // The rows of the reply's "ASSESSMENT" section, in the order the grids list them.
   void takeAssessments(const messaging::Reply& reply);
   // The activity log of the reply, shown on the Account Activity screen; its changes wait for the save.
@@ -191,6 +198,7 @@ private:
   QString m_activityStatus;
   QString m_caseId;
   QString m_rowVersion;
+  std::optional<platform::Currency> m_balance;
   bool m_saveAllowed = true;
   bool m_mayAdjust = true;
   // Added and changed rows of the activity log, until a save takes them.

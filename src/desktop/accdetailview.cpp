@@ -86,6 +86,13 @@ AccDetailView::AccDetailView(QORVA_AccDetail& form, QWidget* parent) : FormView(
     totals->addWidget(m_labels[value]);
     totals->addSpacing(12);
   }
+  // What the receivable will owe once the marked rows are saved.
+  auto* balanceCaption = new QLabel(tr("Balance after save:"), this);
+  QLabel* balanceAfter = valueLabel(this, QStringLiteral("m_balanceAfter"), Qt::AlignRight | Qt::AlignVCenter);
+  balanceAfter->setToolTip(tr("The balance the account receivable will have once the marked assessments are saved"));
+  bindLabel(form.m_balanceAfter, *balanceAfter);
+  totals->addWidget(balanceCaption);
+  totals->addWidget(balanceAfter);
   totals->addStretch(1);
   layout->addLayout(totals);
 

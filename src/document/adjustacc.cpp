@@ -3,6 +3,7 @@
 #include "ardetail/accdetail.h"
 #include "ardetail/assessmentline.h"
 #include "inquiry/forminq.h"
+#include "messaging/protocolwords.h"
 #include "messaging/recordsetbuilder.h"
 #include "messaging/replychecker.h"
 #include "messaging/requestmessage.h"
@@ -264,8 +265,8 @@ void QORVA_AdjustAcc::SendAdjustPI() {
   trap(m_services, source("SendAdjustPI"), [&] {
     messaging::RequestMessage& message = screencore::freshRequest(
         m_services, *this, mNcsbMessage, m_services.session.applicationName(), kAccountInquiryCode);
-    message.addParameter(marventoParameter(QStringLiteral("key:REF_NBR"), m_accountNumber.trimmed()));
-    message.addParameter(marventoParameter(QStringLiteral("key:REF_TYP_CD"), m_accountType.trimmed()));
+    message.addParameter(marventoParameter(messaging::params::RefNbr, m_accountNumber.trimmed()));
+    message.addParameter(marventoParameter(messaging::params::RefTypCd, m_accountType.trimmed()));
     m_requestId = screencore::sendRequest(message, *this);
     m_requestOutstanding = true;
     m_services.statusBar.setText(QStringLiteral("Searching for ") + accountDescription() +
@@ -279,9 +280,9 @@ void QORVA_AdjustAcc::SendAccRecvPI(const QString& receivableNumber, const QStri
   trap(m_services, source("SendAccRecvPI"), [&] {
     messaging::RequestMessage& message = screencore::freshRequest(
         m_services, *this, mNcsbMessage, m_services.session.applicationName(), kAccountInquiryCode);
-    message.addParameter(marventoParameter(QStringLiteral("key:REF_NBR"), receivableNumber.trimmed()));
-    message.addParameter(marventoParameter(QStringLiteral("key:REF_TYP_CD"), receivableType.trimmed()));
-    message.addParameter(marventoParameter(QStringLiteral("key:LPO"), QStringLiteral("NO")));
+    message.addParameter(marventoParameter(messaging::params::RefNbr, receivableNumber.trimmed()));
+    message.addParameter(marventoParameter(messaging::params::RefTypCd, receivableType.trimmed()));
+    message.addParameter(marventoParameter(messaging::params::Lpo, QStringLiteral("NO")));
     m_requestId = screencore::sendRequest(message, *this);
     m_requestOutstanding = true;
     // The status line already names the receivable being searched for.
@@ -506,6 +507,7 @@ void QORVA_AdjustAcc::openArDetail(platform::Grid& grid, int row) {
   if (m_receivables) {
     const int at = m_receivables->rowOfBookmark(grid.bookmarkAt(row));
     detail.setRowVersion(m_receivables->valueAt(at, QStringLiteral("ROW_VRSN_NBR")).toString());
+    detail.setBalance(m_receivables->valueAt(at, QStringLiteral("ACCT_RCVBL_BAL_AMT")).toString());
   }
   detail.setSaveAllowed(receivableMaySave(cell("ACTV_STTS_CD"), cell("CASE_ID"), cell("ACCT_STTS_CD")));
   // The assessments arrive while the screen is open; the document hands them on as they come.

@@ -183,7 +183,7 @@ const SectionBuilder& assessmentBuilder() {
       {{u"VLTN_ASSMT_STTS_CD"}, {u"VLTN_ASSMT_SEQ_NBR"}, {u"TRNSCTN_NBR"}, {u"CUST_ID"}, {u"CUST_NM"},
        {u"ASSMT_ISSUE_DT", Cell::Day}, {u"ADJSTMT_DT", Cell::Day}, {u"ASSMT_CD"}, {u"LIC_PRCHS_OPTN_IND"},
        {u"AC_ASMT_AMT", Cell::Money}, {u"CL_ASMT_AMT", Cell::Money}, {u"BAL_DUE_AMT", Cell::Money},
-       {u"STTS_IND"}, {u"ASSMT_TYP_CD"}, {u"ROW_VRSN_NBR"}});
+       {u"STTS_IND"}, {u"ASSMT_TYP_CD"}, {u"ROW_VRSN_NBR"}, {u"RMVD_BAL_AMT", Cell::Money}});
   return builder;
 }
 
@@ -194,7 +194,12 @@ Result<RecordSet> assessmentSection(const Sql& sql, qint64 receivableId) {
       sql,
       QStringLiteral("SELECT s.VLTN_ASSMT_STTS_CD, s.VLTN_ASSMT_SEQ_NBR, s.TRNSCTN_NBR, s.CUST_ID, c.CUST_NM, "
                      "s.ASSMT_ISSUE_DT, s.ADJSTMT_DT, s.ASSMT_CD, s.LIC_PRCHS_OPTN_IND, s.AC_ASMT_AMT, s.CL_ASMT_AMT, "
-                     "s.BAL_DUE_AMT, s.STTS_IND, s.ASSMT_TYP_CD, s.ROW_VRSN_NBR "
+                     "s.BAL_DUE_AMT, s.STTS_IND, s.ASSMT_TYP_CD, s.ROW_VRSN_NBR, "
+                     // What a removed assessment still owed when its open removal was made: what reinstating it
+                     // owes again.
+                     "CASE WHEN s.VLTN_ASSMT_STTS_CD <> 'A' THEN (SELECT r.PRIOR_BAL_AMT FROM ASSMT_ADJSTMT r "
+                     "WHERE r.ASSMT_ID = s.ASSMT_ID AND r.CHANGE_CD = 'R' AND NOT EXISTS (SELECT 1 FROM ASSMT_ADJSTMT "
+                     "x WHERE x.REVERSES_ID = r.ASSMT_ADJSTMT_ID) ORDER BY r.ASSMT_ADJSTMT_ID DESC LIMIT 1) END "
                      "FROM VLTN_ASSMT s JOIN CUSTOMER c ON c.CUST_ID = s.CUST_ID WHERE s.ACCT_RCVBL_ID = ? "
                      "ORDER BY s.ASSMT_CD, s.ASSMT_ISSUE_DT, s.VLTN_ASSMT_SEQ_NBR"),
       {receivableId});

@@ -9,6 +9,8 @@
 #include "receivable.h"
 #include "requestcheck.h"
 
+#include "messaging/receivablebalance.h"
+
 namespace adjustacc::host {
 
 using messaging::RecordSet;
@@ -179,12 +181,12 @@ Result<bool> applyAssessmentChanges(const Context& context, AuditedWriter& write
       if (!removal) {
         return R::failure(removal.error());
       }
-      // Owed again what was owed when it was removed; the full amount when the removal is not on record.
-      newBalance = a.amount;
+      std::optional<qint64> dueWhenRemoved;
       if (removal.value()) {
         reverses = removal.value()->first;
-        newBalance = removal.value()->second;
+        dueWhenRemoved = removal.value()->second;
       }
+      newBalance = messaging::reinstatedDue(a.amount, dueWhenRemoved);
     }
     if (Result<bool> done = writer.update(
             QStringLiteral("VLTN_ASSMT"), {{QStringLiteral("ASSMT_ID"), a.id}},

@@ -37,6 +37,9 @@ Outcome saveWorksheet(const Context& context);     // 75 REFUND
 // --- numbers (numbers.cpp) -------------------------------------------------------------------------------------
 Outcome issueNumber(const Context& context);  // 60 NBR_TYP_CD -> GetFormNumber
 
+// --- the outcome of a save whose answer never came (saveoutcome.cpp) --------------------------------------------
+Outcome saveOutcomeInquiry(const Context& context);  // 66 REQUEST_ID -> SAVEOUTCOME
+
 // --- shared pieces -----------------------------------------------------------------------------------------------
 // The receipt detail sections (RECEIPT, FUND, ACNTSRCVBL payments, OVERPAYMENT) of one receipt; empty
 // sections when there is no such receipt.

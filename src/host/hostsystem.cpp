@@ -129,6 +129,9 @@ Route route(const Request& request) {
       return {QStringLiteral("The refund worksheet save"), &saveWorksheet, true, {}};
     case codes::ExcessFundTransfer:
       return {QStringLiteral("The transfer of an excess fund"), &saveTransfer, true, {}};
+    case codes::SaveOutcome:
+      // It writes: an id it finds nowhere is settled as withdrawn, so that its answer stays true.
+      return {QStringLiteral("The save outcome inquiry"), &saveOutcomeInquiry, true, {}};
     default:
       return {QString(), nullptr, false, QStringLiteral("Request code %1 is not a request this host answers.").arg(request.code)};
   }
@@ -321,7 +324,10 @@ Reply HostSystem::Impl::save(const Route& route, Context& context) const {
     if (!outcome) {
       const QSqlError why = sql->lastError();
       saving.rollback();
-      if (sql->dialect().isConcurrencyConflict(why)) {
+      // A save outcome inquiry that found its save being applied on another connection asks again once that
+      // save is on record.
+      const bool raced = route.handler == &saveOutcomeInquiry && sql->dialect().isUniqueViolation(why);
+      if (sql->dialect().isConcurrencyConflict(why) || raced) {
         lastFailure = outcome.error();
         continue;
       }

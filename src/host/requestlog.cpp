@@ -43,6 +43,18 @@ Result<bool> claimRequest(const Sql& sql, const Request& request, const QString&
   return true;
 }
 
+Result<bool> withdrawRequest(const Sql& sql, const QString& requestId, const QString& officerId,
+                             const QDateTime& now) {
+  Result<QSqlQuery> done = sql.run(
+      QStringLiteral("INSERT INTO REQUEST_LOG (REQUEST_ID, OFFICER_ID, REQUEST_CD, REQUEST_DIGEST, REPLY_TXT, "
+                     "CREATED_TS) VALUES (?, ?, 0, ?, '', ?)"),
+      {requestId, officerId, kWithdrawnDigest, sql.dialect().timestampValue(now)});
+  if (!done) {
+    return Result<bool>::failure(done.error());
+  }
+  return true;
+}
+
 Result<bool> storeReply(const Sql& sql, const QString& requestId, const Reply& reply) {
   Result<QSqlQuery> done = sql.run(QStringLiteral("UPDATE REQUEST_LOG SET REPLY_TXT = ? WHERE REQUEST_ID = ?"),
                                    {QString::fromUtf8(messaging::encodeReply(reply)), requestId});

@@ -37,6 +37,14 @@ messaging::Result<bool> claimRequest(const Sql& sql, const messaging::Request& r
 // Stores the reply of a claimed request, in the same transaction.
 messaging::Result<bool> storeReply(const Sql& sql, const QString& requestId, const messaging::Reply& reply);
 
+// Settles a request id whose save may never have arrived: recorded as withdrawn under `officerId`, so that the
+// save, should it still come, is refused as a reuse of its id and never applied. Fails with a unique-key
+// violation when the id was recorded meanwhile (the save is being applied on another connection).
+messaging::Result<bool> withdrawRequest(const Sql& sql, const QString& requestId, const QString& officerId,
+                                        const QDateTime& now);
+// The digest a withdrawn request id is recorded with: no request has it.
+inline const QString kWithdrawnDigest = QStringLiteral("WITHDRAWN");
+
 // The answer to a resend: the stored reply addressed to this request, or a refusal when the id was used
 // by another officer or for another request.
 messaging::Reply answerFromRecord(const ProcessedRequest& record, const messaging::Request& request,

@@ -1,5 +1,6 @@
 #include "custselect.h"
 
+#include "messaging/protocolwords.h"
 #include "messaging/recordsetbuilder.h"
 #include "messaging/replychecker.h"
 #include "messaging/requestmessage.h"
@@ -85,7 +86,7 @@ void QORVA_CustSelect::Search() {
     messaging::RequestMessage& message =
         screencore::freshRequest(m_services, *this, mNcsbMessage, replyToName(), kCustomerSearchCode);
     message.addParameter(
-        screencore::marventoParameter(byId ? QStringLiteral("key:CUST_ID") : QStringLiteral("key:CUST_NM"), text));
+        screencore::marventoParameter(byId ? messaging::params::CustId : messaging::params::CustNm, text));
     m_requestId = screencore::sendRequest(message, *this);
     m_timedOut = false;
     mLblStatus.setCaption(QStringLiteral("Searching for customers"));

@@ -2,6 +2,7 @@
 
 #include "screencore/codetablequerytext.h"
 
+#include "messaging/protocolwords.h"
 #include "messaging/recordsetbuilder.h"
 #include "messaging/replychecker.h"
 #include "messaging/requestmessage.h"
@@ -199,9 +200,9 @@ void QORVA_SelectCustFormInq::SendPI() {
   trap(m_services, source("SendPI"), [&] {
     messaging::RequestMessage& message =
         screencore::freshRequest(m_services, *this, mNcsbMessage, replyToName(), 47);
-    message.addParameter(screencore::marventoParameter(QStringLiteral("key:CUST_ID"), mStrCustID.trimmed()));
+    message.addParameter(screencore::marventoParameter(messaging::params::CustId, mStrCustID.trimmed()));
     message.addParameter(
-        screencore::marventoParameter(QStringLiteral("key:REF_TYP_CD"), mFtcboDocType.selectedCode()));
+        screencore::marventoParameter(messaging::params::RefTypCd, mFtcboDocType.selectedCode()));
     m_requestId = screencore::sendRequest(message, *this);
     m_requestOutstanding = true;
     m_requestedType = mFtcboDocType.description();

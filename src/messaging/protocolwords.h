@@ -20,6 +20,7 @@ inline constexpr int Officer = 64;           // the signed-on officer and rights
 inline constexpr int RefundWorksheet = 74;
 inline constexpr int RefundWorksheetSave = 75;  // a step of a refund worksheet, or its void
 inline constexpr int ExcessFundTransfer = 77;
+inline constexpr int SaveOutcome = 66;  // whether a save whose answer never came was applied; settles it
 }  // namespace requestcodes
 
 // Selection parameters: the system and operator every parameter carries, the keys ("key:" and a field
@@ -45,6 +46,7 @@ inline const QString ReceiptNbr = QStringLiteral("key:RECEIPT_NBR");
 inline const QString RefNbr = QStringLiteral("key:REF_NBR");
 inline const QString RefTypCd = QStringLiteral("key:REF_TYP_CD");
 inline const QString RefundNbr = QStringLiteral("key:REFUND_NBR");
+inline const QString RequestId = QStringLiteral("key:REQUEST_ID");
 inline const QString Region = QStringLiteral("key:REGION");
 inline const QString Thin = QStringLiteral("key:THIN");
 
@@ -69,7 +71,14 @@ inline const QString Overpayment = QStringLiteral("OVERPAYMENT");
 inline const QString Receipt = QStringLiteral("RECEIPT");
 inline const QString Refund = QStringLiteral("REFUND");
 inline const QString Rights = QStringLiteral("RIGHTS");
+inline const QString SaveOutcome = QStringLiteral("SAVEOUTCOME");
 }  // namespace sectionnames
+
+// What the save outcome inquiry answers in OUTCOME.
+namespace saveoutcomes {
+inline const QString Applied = QStringLiteral("APPLIED");
+inline const QString NotApplied = QStringLiteral("NOT APPLIED");
+}  // namespace saveoutcomes
 
 // Record sets a save sends. Several share their name with a reply section but not their fields.
 namespace saverecords {

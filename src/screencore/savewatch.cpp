@@ -1,5 +1,7 @@
 #include "savewatch.h"
 
+#include "saveoutcomecheck.h"
+
 #include "platform/modmessagetitle.h"
 #include "platform/services.h"
 #include "platform/sessionsettings.h"
@@ -23,7 +25,9 @@ SaveWatch::SaveWatch(platform::Services& services, Binding binding, platform::Ti
 
 SaveWatch::~SaveWatch() = default;
 
-void SaveWatch::saveSent() {
+void SaveWatch::saveSent(const QString& requestId, const QString& what) {
+  m_requestId = requestId;
+  m_what = what;
   m_timedOut = false;
   m_pending = true;
   Q_EMIT saveStateChanged(kSavePending);
@@ -121,6 +125,8 @@ void SaveWatch::concludeAsApplied() {
   if (m_binding.assumeApplied) {
     m_binding.assumeApplied();
   }
+  // Assumed, not known: the host is asked in the background what became of the save.
+  checkSaveOutcome(m_services, std::exchange(m_requestId, QString()), m_what);
 }
 
 void SaveWatch::stopTimer() {

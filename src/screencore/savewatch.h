@@ -84,8 +84,10 @@ public:
 
   // --- the save is sent -----------------------------------------------------------------------------------
   // Called once the request has gone: the time-out flag cleared, SaveState "SAVEPENDING", the inputs locked
-  // (pendingSave(false)), the host status area busy, the update timer started.
-  void saveSent();
+  // (pendingSave(false)), the host status area busy, the update timer started. Given the save's request id
+  // and what it saves in the clerk's words, a save concluded as applied without its answer (a time-out, the
+  // timer) is followed by the question to the host of what became of it (saveoutcomecheck.h).
+  void saveSent(const QString& requestId = {}, const QString& what = {});
 
   // --- events ---------------------------------------------------------------------------------------------
   // The request object's time-out notice: the final outcome still comes through the reply handler.
@@ -134,6 +136,8 @@ private:
   bool m_pending = false;
   bool m_accountChanged = false;
   bool m_timedOut = false;
+  QString m_requestId;
+  QString m_what;
 };
 
 }  // namespace adjustacc::screencore

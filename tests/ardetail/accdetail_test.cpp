@@ -44,6 +44,31 @@ TEST_F(AccDetailTest, TheTotalsFollowTheMarks) {
   EXPECT_EQ(label(A::TotalAdjustmentLabel), u"$1,090.50");
 }
 
+TEST_F(AccDetailTest, TheBalanceAfterTheSaveFollowsTheMarks) {
+  Row partlyPaid = assessment(u"A"_s, u"F20"_s, u"25.00"_s);
+  partlyPaid[u"BAL_DUE_AMT"_s] = u"10.00"_s;
+  Row removedPartlyPaid = assessment(u"I"_s, u"P01"_s, u"1000.50"_s);
+  removedPartlyPaid[u"RMVD_BAL_AMT"_s] = u"400.00"_s;
+  open({partlyPaid, assessment(u"A"_s, u"P01"_s, u"40.00"_s), removedPartlyPaid,
+        assessment(u"I"_s, u"F20"_s, u"30.00"_s)});
+  screen().setBalance(u"$1,050.00"_s);
+  EXPECT_EQ(screen().m_balanceAfter.caption(), u""_s);  // nothing marked: nothing to foresee
+
+  mark(A::AvailableGrid, 0);  // what it still owes comes off, not its amount
+  EXPECT_EQ(screen().m_balanceAfter.caption(), u"$1,040.00"_s);
+  mark(A::AdjustedGrid, 0);  // owed again what it owed when it was removed
+  EXPECT_EQ(screen().m_balanceAfter.caption(), u"$1,440.00"_s);
+  mark(A::AdjustedGrid, 1);  // no removal on record: the whole amount
+  EXPECT_EQ(screen().m_balanceAfter.caption(), u"$1,470.00"_s);
+  mark(A::AdjustedGrid, 0);
+  mark(A::AdjustedGrid, 1);
+  mark(A::AvailableGrid, 1);
+  EXPECT_EQ(screen().m_balanceAfter.caption(), u"$1,000.00"_s);
+
+  screen().setBalance(u"not known"_s);  // a balance that is no sum of money foresees nothing
+  EXPECT_EQ(screen().m_balanceAfter.caption(), u""_s);
+}
+
 struct CheckCase {
   const char* name;
   QString type;
@@ -356,7 +381,9 @@ TEST_F(AccDetailTest, ClosingWhileASaveIsPendingTellsTheOpenerToReload) {
 }
 
 TEST_F(AccDetailTest, MoveGridRowAddsTheRowToTheOtherGridAsAdjustedToday) {
-  open({assessment(u"A"_s, u"P01"_s, u"40.00"_s), assessment(u"A"_s, u"F09"_s, u"90.00"_s, u"2024-01-10"_s, u"Y"_s)});
+  Row partlyPaid = assessment(u"A"_s, u"F09"_s, u"90.00"_s, u"2024-01-10"_s, u"Y"_s);
+  partlyPaid[u"BAL_DUE_AMT"_s] = u"60.00"_s;
+  open({assessment(u"A"_s, u"P01"_s, u"40.00"_s), partlyPaid});
   grid(A::AvailableGrid).setRow(1);
   screen().MoveGridRow(A::AvailableGrid);
   ASSERT_EQ(grid(A::AvailableGrid).rows(), 2);  // the source row stays
@@ -370,6 +397,10 @@ TEST_F(AccDetailTest, MoveGridRowAddsTheRowToTheOtherGridAsAdjustedToday) {
   EXPECT_EQ(to.column(u"BAL_DUE_AMT"_s).cellValue(0), u"$90.00"_s);
   EXPECT_EQ(to.column(u"REINSTATE"_s).cellValue(0), QString());
   EXPECT_EQ(to.column(u"LIC_PRCHS_OPTN_IND"_s).cellValue(0), u"Y"_s);
+  // Reinstated again before the account is read anew, it owes what it owed when it was removed.
+  screen().setBalance(u"100.00"_s);
+  mark(A::AdjustedGrid, 0);
+  EXPECT_EQ(screen().m_balanceAfter.caption(), u"$160.00"_s);
 }
 
 }  // namespace

@@ -40,7 +40,7 @@ inline messaging::RecordSet assessmentRows(const QList<Row>& rows) {
   const QStringList fields = {u"VLTN_ASSMT_STTS_CD"_s, u"VLTN_ASSMT_SEQ_NBR"_s, u"TRNSCTN_NBR"_s, u"CUST_ID"_s,
                               u"CUST_NM"_s,           u"ASSMT_ISSUE_DT"_s,     u"ADJSTMT_DT"_s,  u"ASSMT_CD"_s,
                               u"LIC_PRCHS_OPTN_IND"_s, u"AC_ASMT_AMT"_s,       u"CL_ASMT_AMT"_s, u"BAL_DUE_AMT"_s,
-                              u"ROW_VRSN_NBR"_s};
+                              u"ROW_VRSN_NBR"_s,      u"RMVD_BAL_AMT"_s};
   QList<QList<QVariant>> values;
   for (const Row& row : rows) {
     QList<QVariant> cells;

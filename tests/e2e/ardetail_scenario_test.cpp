@@ -77,6 +77,7 @@ protected:
 TEST_F(ArDetailScenario, AClerkRemovesAPenaltyAndTheListShowsTheNewBalance) {
   ASSERT_NO_FATAL_FAILURE(start());
   QString before;
+  QString foreseen;
   platform::Currency removed;
   ASSERT_NO_FATAL_FAILURE(openCitationAndItsDetail([&](AccDetailView& detail) {
     auto& form = dynamic_cast<QORVA_AccDetail&>(detail.form());
@@ -92,6 +93,9 @@ TEST_F(ArDetailScenario, AClerkRemovesAPenaltyAndTheListShowsTheNewBalance) {
                   .value();
     ASSERT_TRUE(tick(*available, penalty, u"Remove"_s));
     EXPECT_EQ(detail.label(QORVA_AccDetail::TotalRemovalLabel)->text(), removed.toDisplayText());
+    const auto* balanceAfter = detail.findChild<QLabel*>(u"m_balanceAfter"_s);
+    ASSERT_NE(balanceAfter, nullptr);
+    foreseen = balanceAfter->text();
     detail.dateEdit()->setDate(QDate::currentDate());
     detail.commentBox()->setFocus();
     QTest::keyClicks(detail.commentBox(), u"Registered in time; penalty waived"_s);
@@ -112,6 +116,9 @@ TEST_F(ArDetailScenario, AClerkRemovesAPenaltyAndTheListShowsTheNewBalance) {
     return dueAmount() != before && window().statusText()->text() == u"Ready"_s;
   })) << before.toStdString();
   EXPECT_EQ(platform::Currency::parse(before).value() - removed, platform::Currency::parse(dueAmount()).value());
+  // The balance the screen foresaw is the one the host saved.
+  EXPECT_EQ(platform::Currency::parse(foreseen).value(), platform::Currency::parse(dueAmount()).value())
+      << foreseen.toStdString();
   screenshot(window(), u"ardetail-04-list-reloaded"_s);
 }
 

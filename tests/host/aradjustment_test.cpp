@@ -256,6 +256,49 @@ TEST_P(ArAdjustment, AResentSaveIsAnsweredFromTheRecordAndAppliedOnce) {
   EXPECT_EQ(fingerprint(), after);
 }
 
+TEST_P(ArAdjustment, ARemovedAssessmentCarriesWhatReinstatingItOwesAgain) {
+  const Reply removed = ok(change(u"F02"_s, u"I"_s, u"Waived"_s));
+  const int row = findRow(removed, u"ASSESSMENT"_s, u"ASSMT_CD"_s, u"F02"_s);
+  const QString owed = cell(removed, u"ASSESSMENT"_s, row, u"RMVD_BAL_AMT"_s);
+  EXPECT_FALSE(owed.isEmpty());
+  for (int other = 0; other < rows(removed, u"ASSESSMENT"_s); ++other) {
+    if (cell(removed, u"ASSESSMENT"_s, other, u"VLTN_ASSMT_STTS_CD"_s) == u"A") {
+      EXPECT_TRUE(cell(removed, u"ASSESSMENT"_s, other, u"RMVD_BAL_AMT"_s).isEmpty()) << "only removed rows";
+    }
+  }
+  const Reply back = ok(change(u"F02"_s, u"A"_s, u"Stands after all"_s));
+  EXPECT_EQ(cell(back, u"ASSESSMENT"_s, findRow(back, u"ASSESSMENT"_s, u"ASSMT_CD"_s, u"F02"_s), u"BAL_DUE_AMT"_s),
+            owed);
+}
+
+TEST_P(ArAdjustment, TheOutcomeOfASaveIsToldByItsRequestIdAndOneNeverAppliedIsSettled) {
+  const auto outcome = [this](const QString& id, const QString& officer = demo::Admin) {
+    RequestBuilder question(66, officer);
+    question.param(u"key:REQUEST_ID"_s, id);
+    return send(question);
+  };
+  const RequestBuilder applied = change(u"F02"_s, u"I"_s, u"Waived"_s);
+  ok(applied);
+  const Reply yes = outcome(applied.request().requestId);
+  ASSERT_TRUE(yes.error.isEmpty()) << yes.error.toStdString();
+  EXPECT_EQ(cell(yes, u"SAVEOUTCOME"_s, 0, u"OUTCOME"_s), u"APPLIED"_s);
+  EXPECT_EQ(cell(yes, u"SAVEOUTCOME"_s, 0, u"REQUEST_ID"_s), applied.request().requestId);
+  EXPECT_FALSE(outcome(applied.request().requestId, demo::Verifier).error.isEmpty())
+      << "another officer learns nothing of it";
+
+  // A save that never arrived is not applied, and arriving late it is refused: the answer stays true.
+  const RequestBuilder lost = change(u"P02"_s, u"A"_s, u"Stands"_s);
+  const QString before = fingerprint();
+  const Reply no = outcome(lost.request().requestId);
+  EXPECT_EQ(cell(no, u"SAVEOUTCOME"_s, 0, u"OUTCOME"_s), u"NOT APPLIED"_s);
+  EXPECT_TRUE(send(lost).error.contains(u"already used for another request"_s));
+  EXPECT_EQ(cell(outcome(lost.request().requestId), u"SAVEOUTCOME"_s, 0, u"OUTCOME"_s), u"NOT APPLIED"_s);
+  EXPECT_EQ(count(u"SELECT COUNT(*) FROM ADJSTMT WHERE ADJSTMT_CMMT_TXT = 'Stands'"_s), 0);
+  EXPECT_NE(fingerprint(), before) << "the withdrawn id is on record";
+
+  EXPECT_FALSE(outcome(QString()).error.isEmpty());
+}
+
 TEST_P(ArAdjustment, ASaveIsOneTransactionAllOrNothing) {
   // The assessment part is valid and written first; the activity row after it is a duplicate of one on file.
   expectRefused(change(u"F02"_s, u"I"_s, u"Waived"_s)

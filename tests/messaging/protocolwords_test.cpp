@@ -19,7 +19,7 @@ const QSet<QString> kSectionNames = {
     sectionnames::CodeTable,       sectionnames::Customer,           sectionnames::CustomerForm,
     sectionnames::Fund,            sectionnames::GetFormNumber,      sectionnames::Officer,
     sectionnames::Overpayment,     sectionnames::Receipt,            sectionnames::Refund,
-    sectionnames::Rights};
+    sectionnames::Rights,          sectionnames::SaveOutcome};
 
 const QSet<QString> kSaveRecords = {
     saverecords::AccountActivity, saverecords::AccountReceivables,     saverecords::AdjustAR,
@@ -30,13 +30,13 @@ const QSet<QString> kParameterKeys = {
     params::AcctRcvblNbr, params::AcctRcvblTypCd, params::All,       params::AsOfDt,     params::CdTblId,
     params::CustId,       params::CustNm,         params::Lpo,       params::NbrTypCd,   params::OfficerId,
     params::OvrgRcpt,     params::RcptNbr,        params::ReceiptDetl, params::ReceiptNbr, params::RefNbr,
-    params::RefTypCd,     params::RefundNbr,      params::Region,    params::Thin};
+    params::RefTypCd,     params::RefundNbr,      params::Region,    params::Thin,       params::RequestId};
 
 const QSet<int> kRequestCodes = {requestcodes::Account,         requestcodes::ReceivableDetail,
                                  requestcodes::NextNumber,      requestcodes::CustomerSearch,
                                  requestcodes::CodeTable,       requestcodes::Officer,
                                  requestcodes::RefundWorksheet, requestcodes::RefundWorksheetSave,
-                                 requestcodes::ExcessFundTransfer};
+                                 requestcodes::ExcessFundTransfer, requestcodes::SaveOutcome};
 
 // The wire names of the catalogue's layouts of one kind.
 QSet<QString> catalogueSections(LayoutKind kind) {
@@ -68,8 +68,8 @@ TEST(ProtocolWords, TheAgencysCodesAndTheWireTextsStayAsTheyAre) {
   EXPECT_EQ(params::RefNbr, u"key:REF_NBR"_s);
   EXPECT_EQ(saverecords::CitationAdditionalInfo, u"CTTNADTNINFO"_s);
   EXPECT_EQ(sectionnames::GetFormNumber, u"GetFormNumber"_s);
-  EXPECT_EQ(kRequestCodes.size(), 9) << "two words for one code";
-  EXPECT_EQ(kParameterKeys.size(), 19) << "two words for one key";
+  EXPECT_EQ(kRequestCodes.size(), 10) << "two words for one code";
+  EXPECT_EQ(kParameterKeys.size(), 20) << "two words for one key";
 }
 
 QString protocolDocument() {

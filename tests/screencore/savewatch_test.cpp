@@ -4,8 +4,10 @@
 
 #include "platform/modmessagetitle.h"
 #include "platform/timer.h"
+#include "screencore/saveoutcomecheck.h"
 #include "screencore/savewatch.h"
 
+#include <QCoreApplication>
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
@@ -172,6 +174,66 @@ TEST_F(SaveWatchTest, TheTimerWarnsAndAssumesTheSaveWasApplied) {
   EXPECT_TRUE(watch().AccountChanged());
   EXPECT_FALSE(timer.isRunning());  // a tick at most once per save
   EXPECT_EQ(m_set.ui.pointer(), Pointer::Default);
+}
+
+// After a save concluded without its answer, the host is asked what became of it and the clerk is told.
+class SaveOutcomeTest : public SaveWatchTest {
+protected:
+  // A save sent under `id` and concluded by the timer; answers the question the watch then asks with `reply`.
+  void concludeUnanswered(const messaging::Reply& reply) {
+    watch().saveSent(u"save-17"_s, u"the changes to CITATION ENF001 number 1000011"_s);
+    ASSERT_TRUE(timer.fire());
+    const messaging::Request question = m_set.link.lastRequest();
+    ASSERT_EQ(question.code, 66);
+    ASSERT_EQ(question.replyTo, u"SaveOutcome");
+    ASSERT_EQ(question.params.size(), 1);
+    EXPECT_EQ(question.params[0].key, u"key:REQUEST_ID");
+    EXPECT_EQ(question.params[0].value, u"save-17");
+    m_set.ui.clearRecord();
+    ASSERT_TRUE(m_set.link.answerLast(reply));
+    for (int round = 0; round < 3; ++round) {
+      QCoreApplication::processEvents();
+    }
+  }
+  static messaging::Reply outcome(const QString& answer) {
+    messaging::Reply reply;
+    reply.sections.insert(u"SAVEOUTCOME"_s,
+                          testsupport::section({u"REQUEST_ID"_s, u"OUTCOME"_s}, {{u"save-17"_s, answer}}));
+    return reply;
+  }
+};
+
+TEST_F(SaveOutcomeTest, ASaveTheHostAppliedIsConfirmedInTheStatusBar) {
+  ASSERT_NO_FATAL_FAILURE(concludeUnanswered(outcome(u"APPLIED"_s)));
+  EXPECT_EQ(m_set.ui.boxCount(), 0);
+  EXPECT_EQ(m_set.statusBar.text(),
+            u"The host confirms that the changes to CITATION ENF001 number 1000011 was saved."_s);
+}
+
+TEST_F(SaveOutcomeTest, ASaveTheHostDidNotApplyIsToldInABoxNamingIt) {
+  ASSERT_NO_FATAL_FAILURE(concludeUnanswered(outcome(u"NOT APPLIED"_s)));
+  ASSERT_EQ(m_set.ui.boxCount(), 1);
+  EXPECT_TRUE(m_set.ui.lastBox().text.startsWith(
+      u"The host did not save the changes to CITATION ENF001 number 1000011"_s));
+  EXPECT_EQ(m_set.ui.lastBox().icon, MsgIcon::Exclamation);
+  EXPECT_TRUE(watch().AccountChanged()) << "the conclusion itself is kept as it was";
+}
+
+TEST_F(SaveOutcomeTest, NoAnswerToTheQuestionSaysItCouldNotBeConfirmed) {
+  ASSERT_NO_FATAL_FAILURE(concludeUnanswered(messaging::Reply::failure({}, {}, u"The host is not running."_s)));
+  EXPECT_EQ(m_set.ui.boxCount(), 0);
+  EXPECT_TRUE(m_set.statusBar.text().startsWith(u"Whether the changes to CITATION ENF001 number 1000011 was saved "
+                                                u"could not be confirmed: The host is not running."_s))
+      << m_set.statusBar.text().toStdString();
+}
+
+TEST_F(SaveOutcomeTest, AnAnsweredSaveOrOneSentWithoutItsIdAsksNothing) {
+  watch().saveSent(u"save-18"_s, u"the changes"_s);
+  watch().answered();
+  EXPECT_EQ(m_set.link.requestCount(), 0);
+  watch().saveSent();
+  ASSERT_TRUE(timer.fire());
+  EXPECT_EQ(m_set.link.requestCount(), 0);
 }
 
 TEST_F(SaveWatchTest, TheTimerTakesTheScreensOwnStatus) {
