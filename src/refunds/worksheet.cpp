@@ -662,7 +662,9 @@ void QORVA_WorkSheet::SaveData() {
     m_requestId = screencore::sendRequest(message, *this);
     m_timedOut = false;
     m_saveSent = true;
-    m_watch.saveSent();
+    m_watch.saveSent(m_requestId, (isVoid() ? QStringLiteral("the void of refund worksheet %1")
+                                            : QStringLiteral("the step of refund worksheet %1"))
+                                      .arg(mLblData[RefundNumberLabel].caption().trimmed()));
   });
 }
 

@@ -424,6 +424,7 @@ TEST_F(WorkSheetTest, AWorksheetOpenedThroughLoadMeKeepsItsAdvancedStepAfterARef
 TEST_F(WorkSheetTest, ASaveThatTimedOutIsTakenAsDone) {
   W& s = openExisting(u"2"_s);
   s.mCmdButton[W::SaveButton].click();
+  const QString saveId = m_set.link.lastRequest().requestId;
   s.mNcsbMessage_MsgTimeout();
   answerError(u"The host did not answer in time."_s);
   EXPECT_EQ(m_set.statusBar.text(), u"Search timed out");
@@ -433,6 +434,14 @@ TEST_F(WorkSheetTest, ASaveThatTimedOutIsTakenAsDone) {
   EXPECT_TRUE(enabled(W::CloseButton));
   EXPECT_TRUE(enabled(W::PrintButton));
   EXPECT_EQ(m_set.ui.pointer(), platform::Pointer::Default);
+  // The host is then asked what became of that save.
+  const messaging::Request question = m_set.link.lastRequest();
+  EXPECT_EQ(question.replyTo, u"SaveOutcome");
+  bool namesTheSave = false;
+  for (const messaging::RequestParameter& parameter : question.params) {
+    namesTheSave = namesTheSave || parameter.value == saveId;
+  }
+  EXPECT_TRUE(namesTheSave);
 }
 
 TEST_F(WorkSheetTest, ANumberThatTimedOutSaysSo) {
