@@ -199,11 +199,13 @@ QStringList TemplatePrinting::templateFolders() const {
 QString TemplatePrinting::installShippedTemplates() const {
   const QStringList folders = templateFolders();
   const QDir target(folders.first());
+  bool shippedAny = false;
   for (const QString& shipped : folders.mid(1)) {
     const QFileInfoList files = QDir(shipped).entryInfoList({QStringLiteral("template-*.html")}, QDir::Files);
     if (files.isEmpty()) {
       continue;
     }
+    shippedAny = true;
     if (!target.mkpath(QStringLiteral("."))) {
       return QStringLiteral("The templates folder %1 could not be made.").arg(QDir::toNativeSeparators(target.path()));
     }
@@ -214,9 +216,9 @@ QString TemplatePrinting::installShippedTemplates() const {
             .arg(file.fileName(), QDir::toNativeSeparators(target.path()));
       }
     }
-    return {};
   }
-  return QStringLiteral("No print templates were found in %1.").arg(folders.mid(1).join(QStringLiteral(", ")));
+  return shippedAny ? QString()
+                    : QStringLiteral("No print templates were found in %1.").arg(folders.mid(1).join(QStringLiteral(", ")));
 }
 
 QString TemplatePrinting::templatePath(int templateNumber) {
