@@ -9,7 +9,7 @@ packages=(
   libqt6sql6-sqlite libqt6sql6-psql libgl-dev
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   postgresql
-  fonts-dejavu-core
+  fonts-dejavu-core poppler-utils
 )
 
 missing=()

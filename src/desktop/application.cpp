@@ -9,6 +9,7 @@
 #include "paydetailview.h"
 #include "selectcustforminqview.h"
 #include "transpaymentview.h"
+#include "worksheetview.h"
 
 #include "activity/activity.h"
 #include "ardetail/accdetail.h"
@@ -20,6 +21,7 @@
 #include "messaging/remotelink.h"
 #include "payments/paydetail.h"
 #include "payments/transpayment.h"
+#include "refunds/worksheet.h"
 #include "platform/modmessagetitle.h"
 
 #include <QGuiApplication>
@@ -55,11 +57,16 @@ Application::Application(StartOptions options, QObject* parent)
       m_link(makeLink(m_options)),
       m_store(codeConnectionName(this)),
       m_codeServices(m_store.connectionName(), m_user, m_clock, *m_link, m_session),
+      m_printing(m_options.mode == StartOptions::Mode::Remote ? QString() : m_options.dataFolder),
       m_services(m_codeServices.services(m_ui, *m_link, m_clock, m_user, m_session, m_statusBar, m_errors,
                                          m_printing, m_printing)) {
   registerViews(m_ui);
   m_window = std::make_unique<DocumentWindow>(m_ui, m_statusBar);
   m_ui.setMainWindow(m_window.get());
+  m_printing.setDialogParent(m_window.get());
+  if (const QString problem = m_printing.installShippedTemplates(); !problem.isEmpty()) {
+    qCWarning(lcDesktop).noquote() << "print templates:" << problem;
+  }
   m_signOn = std::make_unique<SignOn>(*m_link, m_session, m_options.officerId, m_store);
   connect(m_signOn.get(), &SignOn::finished, this, &Application::signedOn);
   if (auto* embedded = embeddedLink()) {
@@ -84,6 +91,7 @@ void Application::registerViews(QtUi& ui) {
   ui.registerView<ardetail::QORVA_LicPurchOpt, LicPurchOptView>(ardetail::QORVA_LicPurchOpt::kFormName);
   ui.registerView<payments::QORVA_PayDetail, PayDetailView>(payments::QORVA_PayDetail::kFormName);
   ui.registerView<payments::QORVA_TransPayment, TransPaymentView>(payments::QORVA_TransPayment::kFormName);
+  ui.registerView<refunds::QORVA_WorkSheet, WorkSheetView>(refunds::QORVA_WorkSheet::kFormName);
   ui.registerView<inquiry::QORVA_FormInq, FormInqView>(inquiry::QORVA_FormInq::kFormName);
   ui.registerView<inquiry::QORVA_SelectCustFormInq, SelectCustFormInqView>(
       inquiry::QORVA_SelectCustFormInq::kFormName);

@@ -11,7 +11,7 @@
 #include "qtui.h"
 #include "signon.h"
 #include "startoptions.h"
-#include "unavailableprinting.h"
+#include "templateprinting.h"
 
 #include "platform/clock.h"
 #include "platform/errorreporter.h"
@@ -84,7 +84,7 @@ private:
   std::unique_ptr<messaging::HostLink> m_link;
   CodeTableStore m_store;
   platform::SqlCodeServices m_codeServices;  // on the local copy of the code tables
-  UnavailablePrinting m_printing;
+  TemplatePrinting m_printing;
   platform::Services m_services;
   std::unique_ptr<DocumentWindow> m_window;
   std::unique_ptr<SignOn> m_signOn;

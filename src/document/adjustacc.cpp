@@ -1,4 +1,5 @@
 #include "adjustacc.h"
+#include "worksheethandover.h"
 
 #include "ardetail/accdetail.h"
 #include "ardetail/assessmentline.h"
@@ -535,7 +536,10 @@ void QORVA_AdjustAcc::openReceiptDetail(platform::Grid& grid, int row) {
   detail.setPaymentAmount(cell("TOT_PYMT_AMT"));
   detail.setStatusDescription(cell("STTS_DESC"));
   detail.setPaymentDate(cell("RCPT_DT"));
-  detail.setRefundWorksheetOpener(m_refundOpener);
+  // Create Refund hands the excess fund to the refund worksheet, filed under this receipt.
+  detail.setRefundWorksheetOpener(m_refundOpener ? m_refundOpener : [this, number]() -> std::unique_ptr<payments::RefundWorksheet> {
+    return std::make_unique<WorkSheetHandOver>(m_services, number);
+  });
   // The screen asks for the receipt itself when it is first shown; its replies are addressed to it alone.
   detail.showModal();
   if (detail.AccountChanged()) {

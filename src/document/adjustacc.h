@@ -100,7 +100,7 @@ public:
   QString workFilePath() const { return m_workFilePath; }
   ToolbarHost* toolbarHost() const { return m_toolbar; }
   // What "Create Refund" on the Receipt Detail screen hands the excess fund to (payments/refundhandover.h);
-  // none: that screen says the refund worksheet is not available.
+  // by default the refund worksheet screen (worksheethandover.h).
   void setRefundWorksheetOpener(payments::RefundWorksheetOpener opener) { m_refundOpener = std::move(opener); }
 
   // --- controls ------------------------------------------------------------------------------------------------

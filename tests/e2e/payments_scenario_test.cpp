@@ -11,11 +11,13 @@
 #include "desktop/paydetailview.h"
 #include "desktop/paymententry.h"
 #include "desktop/transpaymentview.h"
+#include "desktop/worksheetview.h"
 
 #include "document/adjustacc.h"
 #include "inquiry/forminq.h"
 #include "payments/paydetail.h"
 #include "payments/transpayment.h"
+#include "refunds/worksheet.h"
 #include "platform/checkdigit.h"
 #include "platform/currency.h"
 
@@ -137,6 +139,38 @@ TEST_F(PaymentsScenario, AClerkBacksAPaymentOutAndTheAccountShowsItOwedAgain) {
   EXPECT_EQ(platform::Currency::parse(amountDue(u"1000011"_s)).value(),
             platform::Currency::parse(before).value() + platform::Currency::fromCents(15000));
   screenshot(window(), u"payments-05-account-read-again"_s);
+}
+
+TEST_F(PaymentsScenario, CreateRefundHandsTheExcessFundToTheRefundWorksheet) {
+  using refunds::QORVA_WorkSheet;
+  ASSERT_NO_FATAL_FAILURE(start());
+  ASSERT_NO_FATAL_FAILURE(openAccount(u"OVERWEIGHT CITATION ENF003"_s, u"1000028"_s));
+  bool shown = false;
+  ASSERT_NO_FATAL_FAILURE(openReceipt(u"8000002"_s, [&](PayDetailView& detail) {
+    GridView* excess = detail.grid(QORVA_PayDetail::ExcessGrid);
+    ASSERT_TRUE(waitFor([&] { return rowsOf(excess) == 1; }));
+    clickRow(excess, 0);
+    ASSERT_TRUE(detail.button(QORVA_PayDetail::CreateRefundButton)->isEnabled());
+    whenShown<WorkSheetView>([&](WorkSheetView& sheet) {
+      auto& form = dynamic_cast<QORVA_WorkSheet&>(sheet.form());
+      EXPECT_EQ(sheet.dataLabel(QORVA_WorkSheet::ReceiptNumberLabel)->text(), u"8000002"_s);
+      EXPECT_EQ(sheet.dataLabel(QORVA_WorkSheet::RefundAmountLabel)->text(), u"$150.00"_s);
+      EXPECT_FALSE(sheet.dataLabel(QORVA_WorkSheet::NameLabel)->text().isEmpty());
+      EXPECT_FALSE(form.CustomerID().isEmpty());
+      // The refund number comes from the host while the worksheet shows.
+      EXPECT_TRUE(waitFor([&] { return !sheet.dataLabel(QORVA_WorkSheet::RefundNumberLabel)->text().trimmed().isEmpty(); }));
+      screenshot(sheet, u"payments-10-refund-worksheet-handed-over"_s);
+      shown = true;
+      form.setVisible(false);
+    });
+    QTest::mouseClick(detail.button(QORVA_PayDetail::CreateRefundButton), Qt::LeftButton);
+    ASSERT_TRUE(waitFor([&] { return shown; }));
+    whenShown<QMessageBox>([](QMessageBox& box) { box.button(QMessageBox::Yes)->click(); });
+    boxWatch.stop();
+    QTest::mouseClick(detail.button(QORVA_PayDetail::CloseButton), Qt::LeftButton);
+  }));
+  boxWatch.start();
+  EXPECT_TRUE(shown);
 }
 
 TEST_F(PaymentsScenario, PartOfAnExcessFundIsTransferredButNeverMoreThanItHolds) {
