@@ -75,6 +75,11 @@ PayDetailView::PayDetailView(QORVA_PayDetail& form, QWidget* parent) : FormView(
     m_grids[index]->setMinimumHeight(index == QORVA_PayDetail::PaymentsGrid ? 150 : 100);
     splitter->addWidget(m_grids[index]);
   }
+  // An excess fund's row opens the refund worksheet it is on.
+  connect(m_grids[QORVA_PayDetail::ExcessGrid]->table(), &GridTable::rowActivated, this,
+          [&form](int row) { form.openWorksheet(row); });
+  m_grids[QORVA_PayDetail::ExcessGrid]->setToolTip(
+      tr("Enter or a double-click opens the refund worksheet the excess fund is on"));
   splitter->setStretchFactor(QORVA_PayDetail::PaymentsGrid, 2);
   layout->addWidget(splitter, 1);
 

@@ -30,6 +30,12 @@ void WorkSheetHandOver::setSecondAddressLine(const QString& text) {
 
 void WorkSheetHandOver::setStatus(const QString& statusCode) { m_sheet.setAction(statusCode); }
 
+void WorkSheetHandOver::loadExisting(const QString& customerId, const QString& statusCode,
+                                     const QString& refundNumber, const QString& editMode) {
+  m_sheet.SetLoadedFromOutSide(true);
+  m_sheet.LoadMe(customerId, statusCode, refundNumber, editMode);
+}
+
 void WorkSheetHandOver::showModal() { m_sheet.showModal(); }
 
 bool WorkSheetHandOver::refundCompleted() const { return m_sheet.GetSavedVoidedFlag(); }

@@ -23,6 +23,8 @@ public:
   // itself shows an address read from the host.
   void setSecondAddressLine(const QString& text) override;
   void setStatus(const QString& statusCode) override;
+  void loadExisting(const QString& customerId, const QString& statusCode, const QString& refundNumber,
+                    const QString& editMode) override;
   void showModal() override;
   bool refundCompleted() const override;
 

@@ -48,7 +48,7 @@ const SectionBuilder& excessBuilder() {
       sectionnames::Overpayment,
       {{u"CUST_NM"}, {u"OVR_PYMT_DT", Cell::Day}, {u"OVR_PYMT_TM"}, {u"DSTNTN_RCPT_NBR"},
        {u"OVR_PYMT_AMT", Cell::Money}, {u"CUST_ID"}, {u"ADDR_1"}, {u"ADDR_2"}, {u"CITY"}, {u"STATE"}, {u"ZIP"},
-       {u"OVR_PYMT_STTS_CD"}, {u"ROW_VRSN_NBR"}});
+       {u"OVR_PYMT_STTS_CD"}, {u"ROW_VRSN_NBR"}, {u"RFND_NBR"}, {u"RFND_STTS_CD"}});
   return builder;
 }
 
@@ -79,8 +79,9 @@ Result<Sections> receiptDetailSections(const Sql& sql, const QString& receiptNum
       !excessBuilder().addTo(sections, sql,
                              QStringLiteral("SELECT c.CUST_NM, o.OVR_PYMT_DT, o.OVR_PYMT_TM, o.DSTNTN_RCPT_NBR, "
                                             "o.OVR_PYMT_AMT, o.CUST_ID, c.ADDR_1, c.ADDR_2, c.CITY, c.STATE, c.ZIP, "
-                                            "o.OVR_PYMT_STTS_CD, o.ROW_VRSN_NBR FROM OVR_PYMT o "
-                                            "JOIN CUSTOMER c ON c.CUST_ID = o.CUST_ID WHERE o.RCPT_NBR = ? "
+                                            "o.OVR_PYMT_STTS_CD, o.ROW_VRSN_NBR, w.RFND_NBR, w.STTS_CD FROM OVR_PYMT o "
+                                            "JOIN CUSTOMER c ON c.CUST_ID = o.CUST_ID "
+                                            "LEFT JOIN RFND_WRKSHT w ON w.RFND_NBR = o.RFND_NBR WHERE o.RCPT_NBR = ? "
                                             "ORDER BY o.OVR_PYMT_SEQ_NBR"),
                              key, error)) {
     return Result<Sections>::failure(error);

@@ -119,6 +119,9 @@ const ColumnProps kExcessColumns[] = {
     {u"ZIP", u"", u"", Text},
     {u"OVR_PYMT_STTS_CD", u"", u"", Text},
     {u"ROW_VRSN_NBR", u"", u"", Text},
+    // The refund worksheet the fund is on, if any, and its step: how an existing worksheet is opened.
+    {u"RFND_NBR", u"", u"", Text},
+    {u"RFND_STTS_CD", u"", u"", Text},
 };
 
 QString trimmed(const QVariant& value) { return value.toString().trimmed(); }
@@ -927,6 +930,41 @@ void QORVA_PayDetail::createRefund() {
     m_changedElsewhere = true;
     reload();
   }
+}
+
+void QORVA_PayDetail::openWorksheet(int row) {
+  trap(m_services, source("openWorksheet"), [&] {
+    const platform::Grid& grid = mSdgDBGrid[ExcessGrid];
+    if (row < 0 || row >= grid.rows()) {
+      raise(AppError::LeaveEarly);
+    }
+    const QString number = cell(ExcessGrid, row, "RFND_NBR").trimmed();
+    if (number.isEmpty()) {
+      m_services.statusBar.setText(QStringLiteral("This excess fund is on no refund worksheet."));
+      return;
+    }
+    if (!m_refundOpener) {
+      m_services.ui.messageBox(QStringLiteral("The Refund Worksheet screen is not available in this version of the "
+                                              "application."),
+                               platform::MsgButtons::Ok, platform::MsgIcon::Information, title::messageTitle());
+      return;
+    }
+    m_worksheet = m_refundOpener();
+    if (!m_worksheet) {
+      return;
+    }
+    // Officers who work on refunds may take the worksheet's next step; anyone else looks.
+    const QString editMode = m_services.user.hasRight(QStringLiteral("CREATEREFUND")) ? QStringLiteral("O") : QString();
+    m_worksheet->loadExisting(cell(ExcessGrid, row, "CUST_ID").trimmed(),
+                              cell(ExcessGrid, row, "RFND_STTS_CD").trimmed(), number, editMode);
+    m_worksheet->showModal();
+    const bool completed = m_worksheet->refundCompleted();
+    m_worksheet.reset();
+    if (completed) {
+      m_changedElsewhere = true;
+      reload();
+    }
+  });
 }
 
 void QORVA_PayDetail::transferPayment() {

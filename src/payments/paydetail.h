@@ -123,6 +123,9 @@ public:
   void UpdateTimeout();
   void mTimUpdateTimeout_Timer();
   void mTimUpdateTimeoutNumber_Timer();
+  // The refund worksheet an excess fund is on, opened where it stands (Enter or a double-click on the row of
+  // the excess fund list); a fund on no worksheet says so in the status bar.
+  void openWorksheet(int row);
 
   // --- controls ------------------------------------------------------------------------------------------------
   platform::ControlArray<platform::Label> mLblData{QStringLiteral("mLblData")};

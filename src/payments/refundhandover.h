@@ -16,6 +16,8 @@
 //      once the number service has one;
 //   4. refundCompleted() is read after showModal() returns: true makes the receipt screen read the receipt
 //      again (and tells its own opener that the account changed).
+// An excess fund already on a worksheet (Enter or a double-click on its row, openWorksheet) opens that worksheet
+// through loadExisting() in place of step 2, then steps 3 and 4 as above.
 //
 // The worksheet screen plugs in with a small adapter in the opener's code:
 //
@@ -49,6 +51,10 @@ public:
   virtual void setDataLabel(int index, const QString& text) = 0;
   virtual void setSecondAddressLine(const QString& text) = 0;
   virtual void setStatus(const QString& statusCode) = 0;
+  // An existing worksheet of an excess fund, where it stands: its customer, its step (STTS_CD), its refund
+  // number, and "O" when the officer may take the step (empty: look only). Instead of the setters above.
+  virtual void loadExisting(const QString& customerId, const QString& statusCode, const QString& refundNumber,
+                            const QString& editMode) = 0;
   // Shows the worksheet modally; returns when it hid itself.
   virtual void showModal() = 0;
   virtual bool refundCompleted() const = 0;

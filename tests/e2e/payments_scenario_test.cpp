@@ -173,6 +173,38 @@ TEST_F(PaymentsScenario, CreateRefundHandsTheExcessFundToTheRefundWorksheet) {
   EXPECT_TRUE(shown);
 }
 
+TEST_F(PaymentsScenario, AnExcessFundOnAWorksheetOpensItWhereItStands) {
+  using refunds::QORVA_WorkSheet;
+  ASSERT_NO_FATAL_FAILURE(start());
+  ASSERT_NO_FATAL_FAILURE(openAccount({}, u"1300001"_s));
+  bool shown = false;
+  ASSERT_NO_FATAL_FAILURE(openReceipt(u"8000005"_s, [&](PayDetailView& detail) {
+    GridView* excess = detail.grid(QORVA_PayDetail::ExcessGrid);
+    ASSERT_TRUE(waitFor([&] { return rowsOf(excess) == 9; })) << rowsOf(excess);
+    whenShown<WorkSheetView>([&](WorkSheetView& sheet) {
+      auto& form = dynamic_cast<QORVA_WorkSheet&>(sheet.form());
+      EXPECT_TRUE(form.LoadedFromOutSide());
+      EXPECT_EQ(form.RefundNumber(), u"3000002"_s);
+      // The worksheet is read from the host where it stands.
+      EXPECT_TRUE(waitFor([&] { return sheet.dataLabel(QORVA_WorkSheet::RefundAmountLabel)->text() == u"$100.00"_s; }))
+          << sheet.dataLabel(QORVA_WorkSheet::RefundAmountLabel)->text().toStdString();
+      screenshot(sheet, u"payments-11-worksheet-opened-from-its-excess-fund"_s);
+      shown = true;
+      form.setVisible(false);
+    });
+    QTableView* table = excess->table();
+    const QPoint cell = table->visualRect(table->model()->index(2, 0)).center();
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, cell);
+    QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, cell);
+    ASSERT_TRUE(waitFor([&] { return shown; }));
+    whenShown<QMessageBox>([](QMessageBox& box) { box.button(QMessageBox::Yes)->click(); });
+    boxWatch.stop();
+    QTest::mouseClick(detail.button(QORVA_PayDetail::CloseButton), Qt::LeftButton);
+  }));
+  boxWatch.start();
+  EXPECT_TRUE(shown);
+}
+
 TEST_F(PaymentsScenario, PartOfAnExcessFundIsTransferredButNeverMoreThanItHolds) {
   ASSERT_NO_FATAL_FAILURE(start());
   ASSERT_NO_FATAL_FAILURE(openAccount({}, u"1000011"_s));

@@ -214,6 +214,47 @@ TEST_F(PayDetailTest, CreateRefundPrefillsTheWorksheetAndTheAnswerCompletesIt) {
   EXPECT_EQ(grid(P::ExcessGrid).rows(), 0);  // until the receipt comes back
 }
 
+TEST_F(PayDetailTest, AnExcessFundOnAWorksheetOpensThatWorksheetWhereItStands) {
+  Row onWorksheet = excess(u"W"_s, u"100.00"_s);
+  onWorksheet[u"RFND_NBR"_s] = u"3000004"_s;
+  onWorksheet[u"RFND_STTS_CD"_s] = u"2"_s;
+  ReceiptReply r = standard();
+  r.excess.append(onWorksheet);
+  open(r);
+  RecordingWorksheet* sheet = nullptr;
+  screen().setRefundWorksheetOpener([&] {
+    auto made = std::make_unique<RecordingWorksheet>();
+    sheet = made.get();
+    made->whileShown = [](RecordingWorksheet& shown) { shown.completed = true; };
+    return made;
+  });
+  const qsizetype requests = m_set.link.requestCount();
+
+  screen().openWorksheet(0);  // an open fund is on no worksheet
+  EXPECT_EQ(sheet, nullptr);
+  EXPECT_EQ(m_set.statusBar.text(), u"This excess fund is on no refund worksheet.");
+
+  RecordingWorksheet seen;
+  screen().setRefundWorksheetOpener([&] {
+    auto made = std::make_unique<RecordingWorksheet>();
+    made->whileShown = [&seen](RecordingWorksheet& shown) {
+      seen.customerId = shown.customerId;
+      seen.status = shown.status;
+      seen.labels = shown.labels;
+      seen.editMode = shown.editMode;
+      shown.completed = true;  // the officer took the worksheet's next step
+    };
+    return made;
+  });
+  screen().openWorksheet(1);
+  EXPECT_EQ(seen.customerId, u"100001");
+  EXPECT_EQ(seen.status, u"2");
+  EXPECT_EQ(seen.labels.value(RefundWorksheet::RefundNumberLabel), u"3000004");
+  EXPECT_EQ(seen.editMode, u"O") << "an officer who works on refunds may take the step";
+  EXPECT_TRUE(screen().AccountChanged());
+  EXPECT_GT(m_set.link.requestCount(), requests) << "the receipt is read again";
+}
+
 TEST_F(PayDetailTest, AWorksheetAlreadyUnderWayKeepsItsNumberAndAClosedOneLeavesTheReceipt) {
   open();
   chooseExcess(0);

@@ -87,7 +87,7 @@ inline messaging::Reply receiptReply(const ReceiptReply& r) {
   reply.sections.insert(u"OVERPAYMENT"_s,
                         rowsOf({u"CUST_NM"_s, u"OVR_PYMT_DT"_s, u"OVR_PYMT_TM"_s, u"DSTNTN_RCPT_NBR"_s,
                                 u"OVR_PYMT_AMT"_s, u"CUST_ID"_s, u"ADDR_1"_s, u"ADDR_2"_s, u"CITY"_s, u"STATE"_s,
-                                u"ZIP"_s, u"OVR_PYMT_STTS_CD"_s, u"ROW_VRSN_NBR"_s},
+                                u"ZIP"_s, u"OVR_PYMT_STTS_CD"_s, u"ROW_VRSN_NBR"_s, u"RFND_NBR"_s, u"RFND_STTS_CD"_s},
                                r.excess));
   if (r.withReceipt) {
     reply.sections.insert(u"RECEIPT"_s,
@@ -120,6 +120,13 @@ public:
   void setDataLabel(int index, const QString& text) override { labels[index] = text; }
   void setSecondAddressLine(const QString& text) override { secondLine = text; }
   void setStatus(const QString& code) override { status = code; }
+  void loadExisting(const QString& id, const QString& code, const QString& number, const QString& mode) override {
+    customerId = id;
+    status = code;
+    labels[RefundNumberLabel] = number;
+    editMode = mode;
+  }
+  QString editMode;
   void showModal() override {
     ++shown;
     if (whileShown) {
