@@ -202,10 +202,15 @@ GridColumns::GridColumns(Grid& grid) : m_grid(grid), m_null(new GridColumn(&grid
 GridColumns::~GridColumns() = default;
 
 int GridColumns::indexOf(const QString& name) const {
-  // Grids have a few dozen columns at most: a scan without allocating beats hashing a lower-cased copy,
-  // and lookups by name happen on every cell a walk reads.
+  const auto matches = [&](int i) {
+    return m_columns[static_cast<std::size_t>(i)]->name().compare(name, Qt::CaseInsensitive) == 0;
+  };
+  if (const auto found = m_found.constFind(name); found != m_found.constEnd() && *found < count() && matches(*found)) {
+    return *found;
+  }
   for (int i = 0; i < count(); ++i) {
-    if (m_columns[static_cast<std::size_t>(i)]->name().compare(name, Qt::CaseInsensitive) == 0) {
+    if (matches(i)) {
+      m_found.insert(name, i);
       return i;
     }
   }
@@ -223,6 +228,7 @@ GridColumn& GridColumns::append(const QString& name, const QString& caption, con
 
 void GridColumns::clear() {
   m_columns.clear();
+  m_found.clear();
 }
 
 StyleSet& GridColumns::styleSet(const QString& name) {

@@ -8,6 +8,7 @@
 
 #include <QColor>
 #include <QFont>
+#include <QHash>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -164,6 +165,9 @@ private:
   Grid& m_grid;
   std::vector<std::unique_ptr<StyleSet>> m_styleSets;
   std::vector<std::unique_ptr<GridColumn>> m_columns;
+  // Where a name was last found, as the caller spelled it: screens read the same few columns by name on every
+  // row. A hit is checked against the column's name, so a renamed column is looked for again.
+  mutable QHash<QString, int> m_found;
   std::unique_ptr<GridColumn> m_null;
 };
 

@@ -161,6 +161,13 @@ TEST(Grid, ColumnNamesAreFoundIgnoringCaseAndAnUnknownOneIsToleratedAndTouchesNo
   }
   EXPECT_EQ(grid.column(s("REINSTATE")).text(), s("-1"));
   EXPECT_TRUE(grid.column(99).isNull());
+
+  // A column renamed after it was found by name is found by its new name only, and a cleared grid finds none.
+  grid.column(1).setName(s("AC_ASMT_AMT"));
+  EXPECT_EQ(grid.columnIndex(s("Cl_Asmt_Amt")), -1);
+  EXPECT_EQ(grid.columnIndex(s("ac_asmt_amt")), 1);
+  grid.removeAllColumns();
+  EXPECT_EQ(grid.columnIndex(s("reinstate")), -1);
 }
 
 // --- check cells and the person's edits ------------------------------------------------------------------
