@@ -5,6 +5,7 @@
 #include "platform/button.h"
 #include "platform/codescombo.h"
 #include "platform/datepicker.h"
+#include "platform/datetimes.h"
 #include "platform/frame.h"
 #include "platform/label.h"
 #include "platform/optionbutton.h"
@@ -18,6 +19,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QPalette>
 #include <QPointer>
 #include <QRadioButton>
@@ -265,6 +267,22 @@ void bindLabel(platform::Label& label, QLabel& widget) {
     if (control) {
       widget.setText(control->caption());
     }
+  };
+  show();
+  QObject::connect(&label, &Control::changed, &widget, show);
+}
+
+void bindDateLabel(platform::Label& label, QLabel& widget) {
+  bindControl(label, widget);
+  widget.setTextFormat(Qt::PlainText);
+  QPointer<platform::Label> control(&label);
+  const auto show = [control, &widget] {
+    if (!control) {
+      return;
+    }
+    const QString caption = control->caption();
+    const messaging::Result<QDate> day = platform::parseAnyDate(caption.trimmed());
+    widget.setText(day ? QLocale().toString(day.value(), QLocale::ShortFormat) : caption);
   };
   show();
   QObject::connect(&label, &Control::changed, &widget, show);

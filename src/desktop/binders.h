@@ -41,6 +41,9 @@ void bindControl(platform::Control& control, QWidget& widget);
 
 void bindButton(platform::Button& button, QAbstractButton& widget);
 void bindLabel(platform::Label& label, QLabel& widget);
+// A label whose caption is a day as the host or a screen writes it: shown in the clerk's short date; a caption
+// that is no day is shown as it is.
+void bindDateLabel(platform::Label& label, QLabel& widget);
 // Typed keys go through the box's KeyPress filter one by one (a refused key is dropped; a changed key is
 // inserted as changed); pasted or dropped text goes through the same filter; the maximum length limits what
 // the person types; a locked box is read-only.

@@ -44,7 +44,11 @@ PayDetailView::PayDetailView(QORVA_PayDetail& form, QWidget* parent) : FormView(
   for (int index = QORVA_PayDetail::ReceiptNumberLabel; index <= QORVA_PayDetail::ConfirmationLabel; ++index) {
     const bool money = index == QORVA_PayDetail::PaymentAmountLabel;
     m_data.append(valueLabel(this, index, money ? Qt::AlignRight | Qt::AlignVCenter : Qt::AlignLeft | Qt::AlignVCenter));
-    bindLabel(form.mLblData[index], *m_data.last());
+    if (index == QORVA_PayDetail::PaymentDateLabel) {
+      bindDateLabel(form.mLblData[index], *m_data.last());
+    } else {
+      bindLabel(form.mLblData[index], *m_data.last());
+    }
   }
 
   // The receipt.

@@ -19,6 +19,7 @@
 #include <QDialog>
 #include <QGroupBox>
 #include <QLabel>
+#include <QLocale>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -217,6 +218,14 @@ TEST(ButtonAndLabelBinder, AClickIsTheControlsClickAndCaptionsShowAsPlainText) {
   bindLabel(label, text);
   EXPECT_EQ(text.text(), u"<b>Ready</b>"_s);
   EXPECT_EQ(text.textFormat(), Qt::PlainText);
+
+  // A day is shown in the clerk's short date, whatever form it came in; anything else as it is.
+  auto& day = w.add<QLabel>();
+  platform::Label paid(u"mLblData"_s, u"2024-02-01"_s);
+  bindDateLabel(paid, day);
+  EXPECT_EQ(day.text(), QLocale().toString(QDate(2024, 2, 1), QLocale::ShortFormat));
+  paid.setCaption(u"not known"_s);
+  EXPECT_EQ(day.text(), u"not known"_s);
 }
 
 TEST(OptionBinder, ChoosingAnOptionClearsTheOthersOfItsGroupInControlsAndWidgets) {
