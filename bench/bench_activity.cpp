@@ -5,6 +5,7 @@
 // The anchor, in the same run over the same rows: a hand loop with the same predicate over the rows kept in a
 // plain vector, copying the same texts of every row that passes. The ratio line comes last: ours over the anchor.
 #include "documentbench.h"
+#include "screenbench.h"
 
 #include "activity/activity.h"
 #include "host/demodata.h"
@@ -172,59 +173,21 @@ void BM_HandLoop(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * kRows);
 }
 
-class RecordingReporter : public benchmark::ConsoleReporter {
-public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median" && !run.error_occurred &&
-          run.iterations > 0) {
-        m_seconds[run.run_name.function_name] = run.real_accumulated_time / static_cast<double>(run.iterations);
-      }
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-  std::optional<double> ratio() const {
-    const auto ours = m_seconds.find("activity_filter/screen");
-    const auto anchor = m_seconds.find("activity_filter/hand_loop");
-    if (ours == m_seconds.end() || anchor == m_seconds.end() || anchor->second <= 0) {
-      return std::nullopt;
-    }
-    return ours->second / anchor->second;
-  }
-
-private:
-  std::map<std::string, double> m_seconds;
-};
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-  }
+  benchsupport::preferOffscreen();
   QGuiApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+  benchsupport::MedianReporter reporter;
+  // The hand loop first: it tells the screen's run how many rows must pass.
+  if (!benchsupport::runBenchmarks(argc, argv,
+                                   {{"activity_filter/hand_loop", &BM_HandLoop}, {"activity_filter/screen", &BM_Screen}},
+                                   reporter)) {
     return 1;
   }
-  QLoggingCategory::setFilterRules(QStringLiteral("adjustacc.host.*.info=false\nadjustacc.trap.debug=false"));
-  // The hand loop first: it tells the screen's run how many rows must pass.
-  for (const auto& [name, function] :
-       {std::pair{"activity_filter/hand_loop", &BM_HandLoop}, std::pair{"activity_filter/screen", &BM_Screen}}) {
-    benchmark::RegisterBenchmark(name, function)
-        ->UseRealTime()
-        ->Repetitions(5)
-        ->ReportAggregatesOnly(true)
-        ->Unit(benchmark::kMillisecond);
-  }
-  RecordingReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
   bench().screen.reset();
   bench().desk.reset();
-  if (const auto r = reporter.ratio()) {
-    std::printf("ratio activity_filter_10000 %.3f\n", *r);
-  } else {
-    std::printf("ratio activity_filter_10000 skipped\n");
-  }
+  reporter.printRatio("activity_filter_10000", "activity_filter/screen", "activity_filter/hand_loop");
   return 0;
 }

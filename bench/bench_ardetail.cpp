@@ -5,13 +5,22 @@
 //
 // The anchor, in the same run on the same file: the host's own statement for the same assessments, run raw
 // through QSqlQuery reading every value. The ratio line comes last: ours over the anchor.
+//
+// For the reader of the figures, the same run also times the host link alone (the same inquiry submitted
+// through the embedded link until its reply is in, no screen), printed as an information line: it is the
+// part of the screen's time that the screen cannot shorten.
 #include "documentbench.h"
+#include "screenbench.h"
 
 #include "ardetail/accdetail.h"
 #include "document/adjustacc.h"
+#include "host/embeddedlink.h"
 #include "host/syntheticdata.h"
 #include "inquiry/forminq.h"
 #include "platform/user.h"
+
+#include <QEventLoop>
+#include <QUuid>
 
 #include <QGuiApplication>
 #include <QLoggingCategory>
@@ -53,6 +62,8 @@ struct Bench {
   QTemporaryDir dir;
   host::SyntheticAccount account;
   qint64 receivableId = 0;
+  QString receivableNumber;  // the receivable's own number and type, as "AR Detail" asks for it
+  QString receivableType;
   std::unique_ptr<benchsupport::DocumentBench> desk;
   int loadedRows = 0;  // what the last opening of the detail screen held
 };
@@ -67,7 +78,8 @@ void run(QSqlQuery& query) {
 void addAssessments(Bench& b) {
   const QSqlDatabase db = QSqlDatabase::database(kRawConnection, false);
   QSqlQuery find(db);
-  find.prepare(QStringLiteral("SELECT ACCT_RCVBL_ID, CUST_ID FROM ACCT_RCVBL WHERE REF_TYP_CD = ? AND REF_NBR = ?"));
+  find.prepare(QStringLiteral("SELECT ACCT_RCVBL_ID, CUST_ID, ACCT_RCVBL_NBR, ACCT_RCVBL_TYP_CD FROM ACCT_RCVBL "
+                             "WHERE REF_TYP_CD = ? AND REF_NBR = ?"));
   find.addBindValue(b.account.type);
   find.addBindValue(b.account.number);
   run(find);
@@ -76,6 +88,8 @@ void addAssessments(Bench& b) {
   }
   b.receivableId = find.value(0).toLongLong();
   const QString customer = find.value(1).toString();
+  b.receivableNumber = find.value(2).toString();
+  b.receivableType = find.value(3).toString();
   QSqlDatabase(db).transaction();
   QSqlQuery insert(db);
   insert.prepare(QStringLiteral(
@@ -184,6 +198,39 @@ void BM_ArDetail(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * kAssessments);
 }
 
+// The document's receivable inquiry, as "AR Detail" sends it, straight through the link.
+void BM_HostLink(benchmark::State& state) {
+  Bench& b = bench();
+  messaging::Request request;
+  request.replyTo = QStringLiteral("ADJUSTACC");
+  request.version = QStringLiteral("1");
+  request.code = 47;
+  request.user = b.desk->user.officerId();
+  request.params = {
+      {QStringLiteral("MARVENTO"), QStringLiteral("key:REF_NBR"), QStringLiteral("="), b.receivableNumber},
+      {QStringLiteral("MARVENTO"), QStringLiteral("key:REF_TYP_CD"), QStringLiteral("="), b.receivableType},
+      {QStringLiteral("MARVENTO"), QStringLiteral("key:LPO"), QStringLiteral("="), QStringLiteral("NO")}};
+  QEventLoop loop;
+  messaging::Reply last;
+  const auto connection = QObject::connect(b.desk->link.get(), &messaging::HostLink::replyReady, &loop,
+                                           [&](const messaging::Reply& reply) {
+                                             last = reply;
+                                             loop.quit();
+                                           });
+  for (auto _ : state) {
+    request.requestId = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    b.desk->link->submit(request);
+    loop.exec();
+    const messaging::RecordSet* assessments = last.ok() ? last.section(QStringLiteral("ASSESSMENT")) : nullptr;
+    if (assessments == nullptr || assessments->recordCount() != kAssessments) {
+      state.SkipWithError(last.ok() ? "the reply does not hold the assessments" : qPrintable(last.error));
+      break;
+    }
+  }
+  QObject::disconnect(connection);
+  state.SetItemsProcessed(state.iterations() * kAssessments);
+}
+
 void BM_RawSql(benchmark::State& state) {
   Bench& b = bench();
   const QSqlDatabase db = QSqlDatabase::database(kRawConnection, false);
@@ -210,58 +257,24 @@ void BM_RawSql(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * kAssessments);
 }
 
-class RecordingReporter : public benchmark::ConsoleReporter {
-public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median" && !run.error_occurred &&
-          run.iterations > 0) {
-        m_seconds[run.run_name.function_name] = run.real_accumulated_time / static_cast<double>(run.iterations);
-      }
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-  std::optional<double> ratio() const {
-    const auto ours = m_seconds.find("ardetail_open/screen");
-    const auto anchor = m_seconds.find("ardetail_open/raw_sql");
-    if (ours == m_seconds.end() || anchor == m_seconds.end() || anchor->second <= 0) {
-      return std::nullopt;
-    }
-    return ours->second / anchor->second;
-  }
-
-private:
-  std::map<std::string, double> m_seconds;
-};
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-  }
+  benchsupport::preferOffscreen();
   QGuiApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+  benchsupport::MedianReporter reporter;
+  if (!benchsupport::runBenchmarks(argc, argv,
+                                   {{"ardetail_open/screen", &BM_ArDetail},
+                                    {"ardetail_open/raw_sql", &BM_RawSql},
+                                    {"ardetail_open/host_link", &BM_HostLink}},
+                                   reporter)) {
     return 1;
   }
-  QLoggingCategory::setFilterRules(QStringLiteral("adjustacc.host.*.info=false\nadjustacc.trap.debug=false"));
-  // Ours and the anchor alternate, each repeated, so that a busy moment of the machine weighs on both alike.
-  for (const auto& [name, function] :
-       {std::pair{"ardetail_open/screen", &BM_ArDetail}, std::pair{"ardetail_open/raw_sql", &BM_RawSql}}) {
-    benchmark::RegisterBenchmark(name, function)
-        ->UseRealTime()
-        ->Repetitions(5)
-        ->ReportAggregatesOnly(true)
-        ->Unit(benchmark::kMillisecond);
-  }
-  RecordingReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
   bench().desk.reset();
-  if (const auto r = reporter.ratio()) {
-    std::printf("ratio ardetail_open_1000 %.3f\n", *r);
-  } else {
-    std::printf("ratio ardetail_open_1000 skipped\n");
+  if (const auto link = reporter.ratio("ardetail_open/host_link", "ardetail_open/raw_sql")) {
+    std::printf("info ardetail_open_1000 host link alone over the anchor %.3f\n", *link);
   }
+  reporter.printRatio("ardetail_open_1000", "ardetail_open/screen", "ardetail_open/raw_sql");
   return 0;
 }

@@ -6,6 +6,7 @@
 // The anchor, in the same run on the same file: the host's own statements for the same rows, run raw through
 // QSqlQuery reading every value. The ratio line comes last: ours over the anchor.
 #include "documentbench.h"
+#include "screenbench.h"
 
 #include "document/adjustacc.h"
 #include "host/syntheticdata.h"
@@ -250,58 +251,18 @@ void BM_RawSql(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * kPayments);
 }
 
-class RecordingReporter : public benchmark::ConsoleReporter {
-public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median" && !run.error_occurred &&
-          run.iterations > 0) {
-        m_seconds[run.run_name.function_name] = run.real_accumulated_time / static_cast<double>(run.iterations);
-      }
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-  std::optional<double> ratio() const {
-    const auto ours = m_seconds.find("receipt_open/screen");
-    const auto anchor = m_seconds.find("receipt_open/raw_sql");
-    if (ours == m_seconds.end() || anchor == m_seconds.end() || anchor->second <= 0) {
-      return std::nullopt;
-    }
-    return ours->second / anchor->second;
-  }
-
-private:
-  std::map<std::string, double> m_seconds;
-};
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-  }
+  benchsupport::preferOffscreen();
   QGuiApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+  benchsupport::MedianReporter reporter;
+  if (!benchsupport::runBenchmarks(
+          argc, argv, {{"receipt_open/screen", &BM_PayDetail}, {"receipt_open/raw_sql", &BM_RawSql}}, reporter)) {
     return 1;
   }
-  QLoggingCategory::setFilterRules(QStringLiteral("adjustacc.host.*.info=false\nadjustacc.trap.debug=false"));
-  // Ours and the anchor alternate, each repeated, so that a busy moment of the machine weighs on both alike.
-  for (const auto& [name, function] :
-       {std::pair{"receipt_open/screen", &BM_PayDetail}, std::pair{"receipt_open/raw_sql", &BM_RawSql}}) {
-    benchmark::RegisterBenchmark(name, function)
-        ->UseRealTime()
-        ->Repetitions(5)
-        ->ReportAggregatesOnly(true)
-        ->Unit(benchmark::kMillisecond);
-  }
-  RecordingReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
   bench().desk.reset();
-  if (const auto r = reporter.ratio()) {
-    std::printf("ratio receipt_open_1000 %.3f\n", *r);
-  } else {
-    std::printf("ratio receipt_open_1000 skipped\n");
-  }
+  reporter.printRatio("receipt_open_1000", "receipt_open/screen", "receipt_open/raw_sql");
   return 0;
 }

@@ -5,6 +5,7 @@
 // ours over the anchor. Rendering the same worksheet to a PDF through the shipped template is timed as well
 // (in milliseconds; no target yet).
 #include "documentbench.h"
+#include "screenbench.h"
 
 #include "desktop/templateprinting.h"
 #include "host/hostsystem.h"
@@ -144,60 +145,24 @@ void BM_Pdf(benchmark::State& state) {
   }
 }
 
-class RecordingReporter : public benchmark::ConsoleReporter {
-public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median" && !run.error_occurred &&
-          run.iterations > 0) {
-        m_seconds[run.run_name.function_name] = run.real_accumulated_time / static_cast<double>(run.iterations);
-      }
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-  std::optional<double> seconds(const std::string& name) const {
-    const auto found = m_seconds.find(name);
-    return found == m_seconds.end() ? std::nullopt : std::optional<double>(found->second);
-  }
-
-private:
-  std::map<std::string, double> m_seconds;
-};
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-  }
+  benchsupport::preferOffscreen();
   QApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+  benchsupport::MedianReporter reporter;
+  if (!benchsupport::runBenchmarks(argc, argv,
+                                   {{"worksheet_open/screen", &BM_Worksheet},
+                                    {"worksheet_open/raw_sql", &BM_RawSql},
+                                    {"worksheet_pdf", &BM_Pdf}},
+                                   reporter)) {
     return 1;
   }
-  QLoggingCategory::setFilterRules(QStringLiteral("adjustacc.host.*.info=false\nadjustacc.trap.debug=false"));
-  // Ours and the anchor alternate, each repeated, so that a busy moment of the machine weighs on both alike.
-  for (const auto& [name, function] : {std::pair{"worksheet_open/screen", &BM_Worksheet},
-                                       std::pair{"worksheet_open/raw_sql", &BM_RawSql},
-                                       std::pair{"worksheet_pdf", &BM_Pdf}}) {
-    benchmark::RegisterBenchmark(name, function)
-        ->UseRealTime()
-        ->Repetitions(5)
-        ->ReportAggregatesOnly(true)
-        ->Unit(benchmark::kMillisecond);
-  }
-  RecordingReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
   bench().desk.reset();
   if (const auto pdf = reporter.seconds("worksheet_pdf")) {
     std::printf("time worksheet_pdf_ms %.1f\n", *pdf * 1000.0);
   }
-  const auto ours = reporter.seconds("worksheet_open/screen");
-  const auto anchor = reporter.seconds("worksheet_open/raw_sql");
-  if (ours && anchor && *anchor > 0) {
-    std::printf("ratio worksheet_open %.3f\n", *ours / *anchor);
-  } else {
-    std::printf("ratio worksheet_open skipped\n");
-  }
+  reporter.printRatio("worksheet_open", "worksheet_open/screen", "worksheet_open/raw_sql");
   return 0;
 }
