@@ -49,6 +49,7 @@ const QString kDateField = QStringLiteral("ACTVTY_DT");
 const QString kCodeField = QStringLiteral("ACCT_ACTVTY_CD");
 const QString kCommentField = QStringLiteral("ACTVTY_CMMT_TXT");
 const QString kOfficerField = QStringLiteral("LST_UPDT_USER_ID");
+const QString kOfficerNameField = QStringLiteral("LST_UPDT_USER_NM");
 const QString kInfoField = QStringLiteral("ADTL_INFO_TXT");
 const QString kDescriptionColumn = QStringLiteral("Description");
 const QString kNameColumn = QStringLiteral("Name");
@@ -77,6 +78,7 @@ const ColumnProps kColumns[] = {
     // What the row is to the save and to the rights; carried, not shown.
     {u"ACTION", u"ACTION", true, Text, false},
     {u"ADTL_INFO_TXT", u"ADTL_INFO_TXT", true, Text, false},
+    {u"LST_UPDT_USER_NM", u"LST_UPDT_USER_NM", true, Text, false},
 };
 
 // A text value inside a filter text: between single quotes, a quote inside written twice.
@@ -278,10 +280,12 @@ void QORVA_Activity::mSdgActivity_RowLoaded(Bookmark) {
   trap(m_services, kRowLoaded, [&] {
     const QString code = mSdgActivity.column(kCodeField).text().trimmed();
     mSdgActivity.column(kDescriptionColumn).setValue(m_services.codes.description(QStringLiteral("COLLECTN"), code));
-    // Only the signed-on officer's name is known here; another officer is shown by id.
+    // The signed-on officer's name comes from the sign-on; another officer's with the row from the host. A row
+    // the system made, or one by an officer the host no longer knows, shows the id it was written under.
     const QString officer = mSdgActivity.column(kOfficerField).text().trimmed();
     const bool signedOn = !officer.isEmpty() && officer.compare(m_services.user.officerId(), Qt::CaseInsensitive) == 0;
-    mSdgActivity.column(kNameColumn).setValue(signedOn ? m_services.user.name() : officer);
+    const QString name = signedOn ? m_services.user.name() : mSdgActivity.column(kOfficerNameField).text().trimmed();
+    mSdgActivity.column(kNameColumn).setValue(name.isEmpty() ? officer : name);
   });
 }
 

@@ -19,7 +19,7 @@ const SectionBuilder& activityBuilder() {
       {{u"ACTVTY_SEQ_NBR"}, {u"ACTVTY_DT", Cell::Day}, {u"ACTVTY_TM"}, {u"ACCT_ACTVTY_CD"},
        {u"ACTVTY_AMT", Cell::Money}, {u"ACTVTY_BAL_AMT", Cell::Money}, {u"LST_UPDT_USER_ID"}, {u"ACTVTY_CMMT_TXT"},
        {u"ADTL_INFO_TXT"}, {u"ACCT_RCVBL_NBR"}, {u"ACCT_CK_DGT_NBR"}, {u"ACCT_RCVBL_TYP_CD"},
-       {u"LST_UPDT_TS", Cell::Timestamp}, {u"ROW_VRSN_NBR"}});
+       {u"LST_UPDT_TS", Cell::Timestamp}, {u"ROW_VRSN_NBR"}, {u"LST_UPDT_USER_NM"}});
   return builder;
 }
 
@@ -104,8 +104,9 @@ Result<RecordSet> activitySection(const Sql& sql, qint64 receivableId) {
       sql,
       QStringLiteral("SELECT v.ACTVTY_SEQ_NBR, v.ACTVTY_DT, v.ACTVTY_TM, v.ACCT_ACTVTY_CD, v.ACTVTY_AMT, "
                      "v.ACTVTY_BAL_AMT, v.LST_UPDT_USER_ID, v.ACTVTY_CMMT_TXT, v.ADTL_INFO_TXT, a.ACCT_RCVBL_NBR, "
-                     "a.ACCT_RCVBL_CK_NBR, a.ACCT_RCVBL_TYP_CD, v.LST_UPDT_TS, v.ROW_VRSN_NBR "
+                     "a.ACCT_RCVBL_CK_NBR, a.ACCT_RCVBL_TYP_CD, v.LST_UPDT_TS, v.ROW_VRSN_NBR, o.OFFICER_NM "
                      "FROM ACCT_ACTVTY v JOIN ACCT_RCVBL a ON a.ACCT_RCVBL_ID = v.ACCT_RCVBL_ID "
+                     "LEFT JOIN OFFICER o ON o.OFFICER_ID = v.LST_UPDT_USER_ID "
                      "WHERE v.ACCT_RCVBL_ID = ? ORDER BY v.ACTVTY_DT DESC, v.ACTVTY_TM DESC, v.LST_UPDT_TS DESC"),
       {receivableId});
 }

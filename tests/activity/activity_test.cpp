@@ -14,7 +14,7 @@ using platform::MsgIcon;
 
 const QDate kToday(2024, 3, 7);
 
-TEST_F(ActivityTest, TheLogShowsNewestFirstWithCodeDescriptionsAndTheSignedOnOfficersName) {
+TEST_F(ActivityTest, TheLogShowsNewestFirstWithCodeDescriptionsAndOfficersNames) {
   open();
   QStringList order;
   for (int row = 0; row < rows().recordCount(); ++row) {
@@ -24,8 +24,9 @@ TEST_F(ActivityTest, TheLogShowsNewestFirstWithCodeDescriptionsAndTheSignedOnOff
   const platform::Grid& grid = screen().mSdgActivity;
   EXPECT_EQ(grid.column(u"Description"_s).cellValue(rowOf(u"3"_s)), u"PAYMENT POSTED"_s);
   EXPECT_EQ(grid.column(u"Name"_s).cellValue(rowOf(u"1"_s)), u"Pat Officer"_s);
-  // No service names other officers: their id stands.
-  EXPECT_EQ(grid.column(u"Name"_s).cellValue(rowOf(u"2"_s)), u"OFC9"_s);
+  // Another officer by the name the host sent; a system row, which has none, by the id it was written under.
+  EXPECT_EQ(grid.column(u"Name"_s).cellValue(rowOf(u"2"_s)), u"Dana Reyes"_s);
+  EXPECT_EQ(grid.column(u"Name"_s).cellValue(rowOf(u"3"_s)), u"BATCH"_s);
   EXPECT_EQ(m_set.codeTables.queries().size(), 2);
   EXPECT_TRUE(m_set.codeTables.queries().at(0).contains(u"CD_TBL_ID = 'COLLECTN-USER'"_s));
   EXPECT_TRUE(m_set.codeTables.queries().at(1).contains(u"CD_TBL_ID = 'COLLECTN'"_s));

@@ -2,7 +2,7 @@
 // The Account Activity screen with a scripted Ui, opened as the account receivable detail screen opens it for
 // citation 1000011-5, signed on as OFC7 ("Pat Officer") on 2024-03-07, with four rows of its log:
 //   seq 1  2024-03-01 09:30  CALL  OFC7   "Left a message"
-//   seq 2  2024-02-15 14:00  LTR   OFC9   "Demand letter sent"
+//   seq 2  2024-02-15 14:00  LTR   OFC9   "Demand letter sent"  (OFC9 is "Dana Reyes")
 //   seq 3  2024-02-20 08:00  PAY   BATCH  "Payment posted"     (system-made)
 //   seq 4  2024-02-15 16:00  CALL  OFC7   "Called again"
 
@@ -24,17 +24,18 @@ using A = QORVA_Activity;
 inline messaging::RecordSet logRows() {
   const QStringList fields = {u"ACTVTY_SEQ_NBR"_s,   u"ACTVTY_DT"_s,         u"ACTVTY_TM"_s,     u"ACCT_ACTVTY_CD"_s,
                               u"LST_UPDT_USER_ID"_s, u"ACTVTY_CMMT_TXT"_s,   u"ADTL_INFO_TXT"_s, u"ACCT_RCVBL_NBR"_s,
-                              u"ACCT_CK_DGT_NBR"_s,  u"ACCT_RCVBL_TYP_CD"_s, u"LST_UPDT_TS"_s,   u"ROW_VRSN_NBR"_s};
+                              u"ACCT_CK_DGT_NBR"_s,  u"ACCT_RCVBL_TYP_CD"_s, u"LST_UPDT_TS"_s,   u"ROW_VRSN_NBR"_s,
+                              u"LST_UPDT_USER_NM"_s};
   const QVariant none = testsupport::null;
   return testsupport::section(
       fields, {{u"1"_s, u"2024-03-01"_s, u"09:30"_s, u"CALL"_s, u"OFC7"_s, u"Left a message"_s, none, u"1000011"_s,
-                u"5"_s, u"C"_s, u"2024-03-01 09:30:00"_s, u"1"_s},
+                u"5"_s, u"C"_s, u"2024-03-01 09:30:00"_s, u"1"_s, u"Pat Officer"_s},
                {u"2"_s, u"2024-02-15"_s, u"14:00"_s, u"LTR"_s, u"OFC9"_s, u"Demand letter sent"_s, none, u"1000011"_s,
-                u"5"_s, u"C"_s, u"2024-02-15 14:00:00"_s, u"1"_s},
+                u"5"_s, u"C"_s, u"2024-02-15 14:00:00"_s, u"1"_s, u"Dana Reyes"_s},
                {u"3"_s, u"2024-02-20"_s, u"08:00"_s, u"PAY"_s, u"BATCH"_s, u"Payment posted"_s, u"system"_s,
-                u"1000011"_s, u"5"_s, u"C"_s, u"2024-02-20 08:00:00"_s, u"1"_s},
+                u"1000011"_s, u"5"_s, u"C"_s, u"2024-02-20 08:00:00"_s, u"1"_s, none},
                {u"4"_s, u"2024-02-15"_s, u"16:00"_s, u"CALL"_s, u"OFC7"_s, u"Called again"_s, none, u"1000011"_s,
-                u"5"_s, u"C"_s, u"2024-02-15 16:00:00"_s, u"1"_s}});
+                u"5"_s, u"C"_s, u"2024-02-15 16:00:00"_s, u"1"_s, u"Pat Officer"_s}});
 }
 
 // Its helpers are public: the rows of the data-driven tables drive the screen through them.

@@ -350,6 +350,13 @@ TEST_P(Activity, TheLogIsListedNewestFirstWithSystemRowsMarked) {
   ASSERT_EQ(rows(read, s), 7);
   EXPECT_EQ(cell(read, s, 0, u"ACTVTY_CMMT_TXT"_s), u"Left voicemail"_s);
   EXPECT_EQ(cell(read, s, 6, u"ADTL_INFO_TXT"_s), u"SYSTEM"_s);
+  // Each row names the officer who wrote it, the system's own rows included.
+  for (const int row : {0, 6}) {
+    const QString officer = cell(read, s, row, u"LST_UPDT_USER_ID"_s);
+    const QString name = value(u"SELECT OFFICER_NM FROM OFFICER WHERE OFFICER_ID = ?"_s, {officer}).toString();
+    EXPECT_FALSE(name.isEmpty()) << officer.toStdString();
+    EXPECT_EQ(cell(read, s, row, u"LST_UPDT_USER_NM"_s), name);
+  }
   EXPECT_EQ(cell(read, s, 6, u"ACCT_CK_DGT_NBR"_s), QString::number(*messaging::formCheckDigit(u"1000011")));
   EXPECT_EQ(cell(read, s, 6, u"ACTVTY_AMT"_s), u"615.00"_s);
 }
