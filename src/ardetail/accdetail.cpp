@@ -173,6 +173,12 @@ void QORVA_AccDetail::layOutGrid(int index) {
     layOut(kAdjustedColumns);
   }
   layOut(kHiddenColumns);
+  CarriedColumns& carried = m_carried[index];
+  carried.optionAmount = grid.columnIndex(QStringLiteral("AC_ASMT_AMT"));
+  carried.statusIndicator = grid.columnIndex(QStringLiteral("STTS_IND"));
+  carried.type = grid.columnIndex(QStringLiteral("ASSMT_TYP_CD"));
+  carried.rowVersion = grid.columnIndex(QStringLiteral("ROW_VRSN_NBR"));
+  carried.removedBalance = grid.columnIndex(QStringLiteral("RMVD_BAL_AMT"));
 }
 
 // --- what the opener hands over --------------------------------------------------------------------------------
@@ -192,21 +198,29 @@ void QORVA_AccDetail::setSaveAllowed(bool allowed) {
 }
 
 void QORVA_AccDetail::addAssessment(const messaging::RecordSet& assessments) {
-  const AssessmentLine line = assessmentLine(assessments, m_services.codes);
+  addAssessment(assessments, AssessmentFields::of(assessments));
+}
+
+void QORVA_AccDetail::addAssessment(const messaging::RecordSet& assessments, const AssessmentFields& fields) {
+  const AssessmentLine line = assessmentLine(assessments, fields, m_services.codes);
   platform::Grid& grid = mSdgDBGrid[line.gridIndex];
-  if (!grid.addItem(line.text)) {
+  if (!grid.addItem(line.cells)) {
     platform::fail(QStringLiteral("The assessment could not be added to the %1 list").arg(grid.caption()));
   }
   const int row = grid.rows() - 1;
-  const auto keep = [&](const QString& column, const QVariant& value) {
-    if (const int at = grid.columnIndex(column); at >= 0 && !value.isNull()) {
-      grid.setCellValue(row, at, value.toString().trimmed());
+  const CarriedColumns& carried = m_carried[line.gridIndex];
+  const auto keep = [&](int column, const QVariant& value) {
+    if (column >= 0 && !value.isNull()) {
+      grid.setCellValue(row, column, value.toString().trimmed());
     }
   };
-  keep(QStringLiteral("AC_ASMT_AMT"), line.text.section(u'\t', 9, 9));
-  for (const char* field : {"STTS_IND", "ASSMT_TYP_CD", "ROW_VRSN_NBR", "RMVD_BAL_AMT"}) {
-    keep(QLatin1String(field), assessments.value(QLatin1String(field)));
-  }
+  const auto field = [&](int at) { return at < 0 ? QVariant() : assessments.value(at); };
+  // The amount shown is the one a moved row is read from again.
+  keep(carried.optionAmount, line.cells.at(9));
+  keep(carried.statusIndicator, field(fields.statusIndicator));
+  keep(carried.type, field(fields.type));
+  keep(carried.rowVersion, field(fields.rowVersion));
+  keep(carried.removedBalance, field(fields.removedBalance));
 }
 
 // --- load ------------------------------------------------------------------------------------------------------
@@ -325,8 +339,9 @@ void QORVA_AccDetail::takeAssessments(const messaging::Reply& reply) {
     return;
   }
   screencore::failOn(assessments->setSort(kAssessmentSort), QStringLiteral("Sort"));
+  const AssessmentFields fields = AssessmentFields::of(*assessments);
   for (assessments->moveFirst(); !assessments->eof(); assessments->moveNext()) {
-    addAssessment(*assessments);
+    addAssessment(*assessments, fields);
   }
 }
 

@@ -12,6 +12,7 @@
 //
 // The save runs under the save watch: SaveState, AccountChanged and MsgTimedOut are the watch's.
 
+#include "ardetail/assessmentline.h"
 #include "messaging/recordset.h"
 #include "messaging/reply.h"
 #include "platform/button.h"
@@ -104,7 +105,9 @@ public:
   bool saveAllowed() const { return m_saveAllowed; }
 
   // One assessment, from the current row of an "ASSESSMENT" record set, to grid 0 (status "A") or grid 1.
+  // A caller adding every row of a set finds its fields once and passes them.
   void addAssessment(const messaging::RecordSet& assessments);
+  void addAssessment(const messaging::RecordSet& assessments, const AssessmentFields& fields);
 
   // --- the save watch -----------------------------------------------------------------------------------
   QString SaveState() const { return m_watch.SaveState(); }
@@ -200,6 +203,15 @@ private:
   QString m_rowVersion;
   std::optional<platform::Currency> m_balance;
   bool m_saveAllowed = true;
+  // Per grid, the hidden cells an assessment carries beside its line (-1: the grid has no such column).
+  struct CarriedColumns {
+    int optionAmount = -1;
+    int statusIndicator = -1;
+    int type = -1;
+    int rowVersion = -1;
+    int removedBalance = -1;
+  };
+  CarriedColumns m_carried[2];
   bool m_mayAdjust = true;
   // Added and changed rows of the activity log, until a save takes them.
   std::optional<messaging::RecordSet> m_activityChanges;

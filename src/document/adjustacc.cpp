@@ -368,8 +368,9 @@ void QORVA_AdjustAcc::handAssessments(const messaging::Reply& reply) {
     return;
   }
   screencore::failOn(assessments->setSort(ardetail::kAssessmentSort), QStringLiteral("Sort"));
+  const ardetail::AssessmentFields fields = ardetail::AssessmentFields::of(*assessments);
   for (assessments->moveFirst(); !assessments->eof(); assessments->moveNext()) {
-    m_openDetail->addAssessment(*assessments);
+    m_openDetail->addAssessment(*assessments, fields);
   }
 }
 

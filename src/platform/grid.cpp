@@ -210,6 +210,10 @@ void Grid::refresh() {
 // ===== rows ========================================================================================
 
 bool Grid::addItem(const QString& tabSeparatedCells, int index) {
+  return addItem(tabSeparatedCells.split(QLatin1Char('\t'), Qt::KeepEmptyParts), index);
+}
+
+bool Grid::addItem(const QStringList& cells, int index) {
   if (isBound()) {
     qCWarning(lcControls) << "grid" << name() << "is bound to a record set; rows cannot be added as text";
     return false;
@@ -220,7 +224,7 @@ bool Grid::addItem(const QString& tabSeparatedCells, int index) {
     return false;
   }
   const int at = index < 0 ? count : index;
-  m_announcer.insertRow(at, [&] { m_unbound.insert(at, tabSeparatedCells); });
+  m_announcer.insertRow(at, [&] { m_unbound.insert(at, cells); });
   return true;
 }
 

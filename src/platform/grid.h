@@ -115,6 +115,8 @@ public:
   // Adds a row from tab-separated cells in column order, empty and trailing cells kept ("a\t\tb\t" is four
   // cells). Appends, or inserts before the row at index. Unbound grids only; false (logged) otherwise.
   bool addItem(const QString& tabSeparatedCells, int index = -1);
+  // The same row given cell by cell, for a caller that has its line's cells at hand already.
+  bool addItem(const QStringList& cells, int index = -1);
   // Removes the row at a visible index. Unbound grids only.
   bool removeItem(int index);
   // Removes every row (RemoveAll); on a bound grid the rows are the record set's, so it only redraws.

@@ -122,9 +122,12 @@ void BoundRows::forget(Bookmark id) {
 // ===== UnboundRows =================================================================================
 
 Bookmark UnboundRows::insert(int index, const QString& tabSeparatedCells) {
+  return insert(index, tabSeparatedCells.split(QLatin1Char('\t'), Qt::KeepEmptyParts));
+}
+
+Bookmark UnboundRows::insert(int index, const QStringList& cells) {
   const int before = count();
   Item item{m_nextId++, {}};
-  const QStringList cells = tabSeparatedCells.split(QLatin1Char('\t'), Qt::KeepEmptyParts);
   item.cells.reserve(cells.size());
   for (const QString& cell : cells) {
     item.cells.append(cell);

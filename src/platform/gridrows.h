@@ -99,6 +99,7 @@ public:
   // cells kept ("a\t\tb\t" is four cells). The row that was current stays current; the position past the
   // end becomes the appended row. The caller checks the index.
   Bookmark insert(int index, const QString& tabSeparatedCells);
+  Bookmark insert(int index, const QStringList& cells);
   // Removes the row at index. Removing the current row leaves the position between rows: the next
   // moveNext lands on the row that followed, so a walk removing marked rows removes them all.
   Bookmark removeAt(int index);

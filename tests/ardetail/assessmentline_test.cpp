@@ -39,7 +39,7 @@ TEST(AssessmentLine, BuildsEveryCellWithItsFallback) {
   for (rows.moveFirst(); !rows.eof(); rows.moveNext(), ++index) {
     const AssessmentLine line = assessmentLine(rows, codes);
     EXPECT_EQ(line.gridIndex, expected.at(index).first) << index;
-    EXPECT_EQ(line.text, expected.at(index).second);
+    EXPECT_EQ(line.text(), expected.at(index).second);
   }
 }
 
