@@ -509,20 +509,6 @@ TEST(Grid, RedrawOffHoldsCellSignalsUntilItIsOnAgain) {
   EXPECT_EQ(cells.at(0).at(1).toInt(), 1);
 }
 
-TEST(Grid, RowSignalsAnnounceTheCountAViewMayReport) {
-  Grid grid(s("g"));
-  grid.addColumn(s("A"));
-  QList<int> countsSeen;
-  QObject::connect(&grid, &Grid::aboutToInsertRows, [&](int, int) { countsSeen.append(grid.viewRowCount()); });
-  QObject::connect(&grid, &Grid::rowsInserted, [&](int, int) { countsSeen.append(grid.viewRowCount()); });
-  QObject::connect(&grid, &Grid::aboutToRemoveRows, [&](int, int) { countsSeen.append(grid.viewRowCount()); });
-  QObject::connect(&grid, &Grid::rowsRemoved, [&](int, int) { countsSeen.append(grid.viewRowCount()); });
-  grid.addItem(s("a"));
-  grid.addItem(s("b"));
-  grid.removeItem(0);
-  EXPECT_EQ(countsSeen, (QList<int>{0, 1, 1, 2, 2, 1}));
-}
-
 TEST_F(BoundGrid, AChangeBehindABoundGridIsAnnouncedToTheViewFromTheEventLoop) {
   QSignalSpy resets(&grid, &Grid::wasReset);
 
