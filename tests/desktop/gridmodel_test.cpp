@@ -1,5 +1,6 @@
-// The grid model: a faithful read-through of the Grid (checked by QAbstractItemModelTester while the grid is
-// bound, sorted, filtered, rebound, and while rows are added and removed as text), and the roles a view draws by.
+// The grid model: a faithful read-through of the Grid (checked by QAbstractItemModelTester through every kind of
+// change the grid announces: bound, sorted, filtered, rebound, columns replaced; rows added and removed as text,
+// cells edited, drawing held), and the roles a view draws by.
 #include "desktop/gridmodel.h"
 
 #include "messaging/recordset.h"
@@ -85,14 +86,22 @@ TEST(GridModelTest, StaysConsistentThroughBindingSortingFilteringAndRebinding) {
   data.refresh();
   EXPECT_EQ(model.index(0, 0).data().toString(), u"0004711"_s);
   ASSERT_FALSE(set->setFilter(u"RCPT_STTS_CD = 'O'"_s).has_value());
+  grid.setCellValue(0, 2, u"written before the view heard"_s);
   // A change made behind the grid is announced from the event loop.
   EXPECT_TRUE(QTest::qWaitFor([&] { return model.rowCount() == 6; }, 2000));
+  grid.rebind();
+  EXPECT_EQ(model.rowCount(), 6);
   data.setRecordset(receipts(30));
   EXPECT_EQ(model.rowCount(), 30);
   data.clearRecordset();
   EXPECT_EQ(model.rowCount(), 0);
   grid.addColumn(u"CUST_ID"_s);
   EXPECT_EQ(model.columnCount(), 5);
+  grid.removeAllColumns();
+  layOut(grid);
+  data.setRecordset(receipts(5));
+  EXPECT_EQ(model.columnCount(), 4);
+  EXPECT_EQ(model.rowCount(), 5);
   EXPECT_TRUE(reports.reports().isEmpty()) << reports.reports().join(u'\n').toStdString();
 }
 
@@ -111,6 +120,14 @@ TEST(GridModelTest, StaysConsistentWhileRowsAreAddedAndRemovedAsText) {
   EXPECT_EQ(model.rowCount(), 3);
   EXPECT_EQ(inserted.count(), 3);
   EXPECT_EQ(model.index(0, 0).data().toString(), u"0004710"_s);
+  // A check clicked and committed, and cells written while drawing is off, change cells in place.
+  ASSERT_TRUE(grid.userToggleCheck(0, 3));
+  ASSERT_TRUE(grid.update());
+  grid.setRedraw(false);
+  grid.setCellValue(2, 1, u"3.00"_s);
+  grid.setRedraw(true);
+  EXPECT_EQ(model.index(0, 3).data(Qt::CheckStateRole).toInt(), Qt::Checked);
+  EXPECT_EQ(model.index(2, 1).data().toString(), u"$3.00"_s);
   ASSERT_TRUE(grid.removeItem(1));
   EXPECT_EQ(removed.count(), 1);
   EXPECT_EQ(model.rowCount(), 2);
@@ -271,6 +288,37 @@ TEST(GridModelTest, OnlyEditableCellsCanBeEditedAndEditsGoThroughTheGrid) {
   grid.setAllowUpdate(true);
   grid.setEnabled(false);
   EXPECT_FALSE(model.flags(model.index(0, 2)) & Qt::ItemIsEnabled);
+}
+
+// A check box clicked or an item picked from a list is a whole edit: the screen hears Change, then AfterUpdate.
+TEST(GridModelEditTest, ACheckBoxAndAListPickAreWholeEditsOfTheGrid) {
+  Grid grid(u"mSdgDBGrid"_s);
+  grid.addColumn(u"ASSMT_CD"_s);
+  grid.addColumn(u"REMOVE"_s, u"Remove"_s).setDisplay(GridColumn::Display::Check);
+  grid.addColumn(u"ACTION"_s, u"Action"_s).setDropDownItems({u"BACKOUT"_s, u"CANCEL"_s});
+  ASSERT_TRUE(grid.addItem(u"F01\t\t"_s));
+  ASSERT_TRUE(grid.addItem(u"P02\t\t"_s));
+  GridModel model(grid);
+  QSignalSpy changes(&grid, &Grid::edited);
+  QSignalSpy updates(&grid, &Grid::afterUpdate);
+
+  EXPECT_TRUE(model.setData(model.index(1, 1), Qt::Checked, Qt::CheckStateRole));
+  EXPECT_EQ(changes.count(), 1);
+  EXPECT_EQ(updates.count(), 1);
+  EXPECT_EQ(model.index(1, 1).data(Qt::CheckStateRole).toInt(), Qt::Checked);
+  EXPECT_TRUE(model.setData(model.index(1, 1), Qt::Checked, Qt::CheckStateRole));  // as it is: no edit
+  EXPECT_EQ(changes.count(), 1);
+
+  EXPECT_TRUE(model.setData(model.index(0, 2), u"BACKOUT"_s, Qt::EditRole));
+  EXPECT_EQ(grid.cellText(0, 2), u"BACKOUT"_s);
+  EXPECT_EQ(updates.count(), 2);
+  EXPECT_FALSE(model.setData(model.index(0, 2), u"VOID"_s, Qt::EditRole));
+  EXPECT_EQ(grid.cellText(0, 2), u"BACKOUT"_s);
+  EXPECT_FALSE(grid.hasPendingEdit());
+
+  EXPECT_TRUE(model.setData(model.index(0, 0), u"F09"_s, Qt::EditRole));  // typed: pending until committed
+  EXPECT_TRUE(grid.hasPendingEdit());
+  EXPECT_EQ(updates.count(), 2);
 }
 
 }  // namespace

@@ -1,21 +1,19 @@
-// The document against the real host system on a demo database: opening a demo account through Open
-// Account, the lists filled and described from the code tables, the assessments of a receivable in its
-// detail screen, a penalty removed there and the account read again with its new balance.
+// The document against the real host system on a demo database: a demo account opened through Open Account
+// and its list filled and described from the code tables. A penalty removed on the detail screen and the list
+// read again with the new balance is the desktop scenario in the end-to-end suite.
 #include "documentfixture.h"
 
 #include "host/demodata.h"
 #include "host/embeddedlink.h"
 #include "host/hostsystem.h"
-#include "platform/currency.h"
 #include "platform/sqlcodeservices.h"
-#include "screencore/procedure.h"
 
 #include <QSqlDatabase>
 
 namespace adjustacc::document::testing {
 namespace {
 
-TEST(EmbeddedDocument, OpensADemoCitationAndItsAssessments) {
+TEST(EmbeddedDocument, OpensADemoCitationAndDescribesItsReceivable) {
   const QString connection = u"document-embedded"_s;
   QTemporaryDir dir;
   host::DatabaseOptions options;
@@ -28,7 +26,6 @@ TEST(EmbeddedDocument, OpensADemoCitationAndItsAssessments) {
     testsupport::ServiceSet set;
     host::EmbeddedLink link({dir.path(), u"adjustacc.sqlite"_s, host::demo::Admin, day});
     platform::User officer(host::demo::Admin, u"Avery Lindqvist"_s, u"NE"_s, {u"ADJUSTAR"_s});
-    platform::Currency removed;
     platform::SqlCodeServices codeServices(connection, officer, set.clock, link, set.session);
     platform::Services services = codeServices.services(set.ui, link, set.clock, officer, set.session,
                                                         set.statusBar, set.errors, set.printing, set.templates);
@@ -50,7 +47,6 @@ TEST(EmbeddedDocument, OpensADemoCitationAndItsAssessments) {
     EXPECT_EQ(receivables.column(u"FORM_DESC"_s).cellValue(0), u"CITATION ENF001"_s);
     EXPECT_EQ(receivables.column(u"CUST_NAME"_s).cellValue(0), u"SMITH TRUCKING LLC"_s);
     EXPECT_EQ(set.statusBar.text(), u"Ready");
-
   }
   QSqlDatabase::database(connection, false).close();
   QSqlDatabase::removeDatabase(connection);

@@ -98,5 +98,19 @@ TEST(ProtocolWords, TheProtocolDocumentUsesExactlyTheseKeysAndCodes) {
   EXPECT_EQ(documentedCodes, kRequestCodes);
 }
 
+// The document lists the catalogue for people writing either side: every layout and field by its name.
+TEST(ProtocolWords, TheProtocolDocumentNamesEveryLayoutAndField) {
+  const QString text = protocolDocument();
+  if (text.isEmpty()) {
+    GTEST_SKIP() << "docs/protocol.md not found next to the sources";
+  }
+  for (const SectionLayout& layout : sections::allLayouts()) {
+    EXPECT_TRUE(text.contains(u"`"_s + layout.name + u"`"_s)) << layout.name.toStdString();
+  }
+  for (const FieldInfo& info : sections::allFields()) {
+    EXPECT_TRUE(text.contains(u"`"_s + info.name + u"`"_s)) << info.name.toStdString();
+  }
+}
+
 }  // namespace
 }  // namespace adjustacc::messaging

@@ -1,6 +1,5 @@
 #include "messaging/sections.h"
 
-#include <QFile>
 #include <QSet>
 
 #include <gtest/gtest.h>
@@ -142,20 +141,6 @@ INSTANTIATE_TEST_SUITE_P(
         BadSave{"BadTimeStamp", {{u"ACCOUNTACTIVITY"_s, {record({{u"LST_UPDT_TS"_s, u"2024-02-29 25:00"_s}})}}},
                 "a time stamp"}),
     [](const ::testing::TestParamInfo<BadSave>& row) { return std::string(row.param.name); });
-
-// The protocol document lists the catalogue for people writing either side; keep the two together.
-TEST(SectionCatalogue, ProtocolDocumentNamesEveryLayoutAndField) {
-  const QString docs = QStringLiteral(ADJUSTACC_SOURCE_DIR "/docs/protocol.md");
-  QFile file(docs);
-  if (!file.open(QIODevice::ReadOnly))
-    GTEST_SKIP() << "source tree not available at " << docs.toStdString();
-  const QString text = QString::fromUtf8(file.readAll());
-  for (const SectionLayout& layout : sections::allLayouts()) {
-    EXPECT_TRUE(text.contains(u"`"_s + layout.name + u"`"_s)) << layout.name.toStdString();
-  }
-  for (const FieldInfo& info : sections::allFields())
-    EXPECT_TRUE(text.contains(u"`"_s + info.name + u"`"_s)) << info.name.toStdString();
-}
 
 }  // namespace
 }  // namespace adjustacc::messaging

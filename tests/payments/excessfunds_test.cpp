@@ -28,7 +28,7 @@ TEST_P(GateTest, EachRefusalShowsOnlyItsOwnMessage) {
   r.excess = {excess(c.status, u"125.00"_s)};
   r.confirmation = c.confirmation;
   open(r);
-  screen().setRefundWorksheetOpener([] { return std::make_unique<RecordingWorksheet>(); });
+  useWorksheets();
   if (c.choose) {
     chooseExcess(0);
   }
@@ -126,12 +126,6 @@ TEST_F(PayDetailTest, WithoutAWorksheetCreateRefundSaysSoPlainly) {
 
 TEST_F(PayDetailTest, CreateRefundPrefillsTheWorksheetAndTheAnswerCompletesIt) {
   open();
-  RecordingWorksheet* sheet = nullptr;
-  screen().setRefundWorksheetOpener([&] {
-    auto made = std::make_unique<RecordingWorksheet>();
-    sheet = made.get();
-    return made;
-  });
   chooseExcess(0);
   QString refundRequest;
   QString replyTo;
@@ -196,14 +190,9 @@ TEST_F(PayDetailTest, CreateRefundPrefillsTheWorksheetAndTheAnswerCompletesIt) {
     EXPECT_FALSE(screen().mTimUpdateTimeoutNumber.isRunning());
     shown.completed = true;
   };
-  screen().setRefundWorksheetOpener([&] {
-    auto made = std::make_unique<RecordingWorksheet>();
-    made->whileShown = whileShown;
-    sheet = made.get();
-    return made;
-  });
+  useWorksheets(whileShown);
   screen().mCmdButton_Click(P::CreateRefundButton);
-  ASSERT_NE(sheet, nullptr);
+  ASSERT_EQ(worksheetsShown, 1);
   EXPECT_EQ(replyTo, screen().replyToName());
   // A completed refund: the receipt is read again and the opener will read the account again.
   EXPECT_TRUE(screen().AccountChanged());
@@ -221,36 +210,22 @@ TEST_F(PayDetailTest, AnExcessFundOnAWorksheetOpensThatWorksheetWhereItStands) {
   ReceiptReply r = standard();
   r.excess.append(onWorksheet);
   open(r);
-  RecordingWorksheet* sheet = nullptr;
-  screen().setRefundWorksheetOpener([&] {
-    auto made = std::make_unique<RecordingWorksheet>();
-    sheet = made.get();
-    made->whileShown = [](RecordingWorksheet& shown) { shown.completed = true; };
-    return made;
-  });
+  useWorksheets([](RecordingWorksheet& shown) { shown.completed = true; });
   const qsizetype requests = m_set.link.requestCount();
 
   screen().openWorksheet(0);  // an open fund is on no worksheet
-  EXPECT_EQ(sheet, nullptr);
+  EXPECT_EQ(worksheetsShown, 0);
   EXPECT_EQ(m_set.statusBar.text(), u"This excess fund is on no refund worksheet.");
 
-  RecordingWorksheet seen;
-  screen().setRefundWorksheetOpener([&] {
-    auto made = std::make_unique<RecordingWorksheet>();
-    made->whileShown = [&seen](RecordingWorksheet& shown) {
-      seen.customerId = shown.customerId;
-      seen.status = shown.status;
-      seen.labels = shown.labels;
-      seen.editMode = shown.editMode;
-      shown.completed = true;  // the officer took the worksheet's next step
-    };
-    return made;
+  useWorksheets([](RecordingWorksheet& shown) {
+    EXPECT_EQ(shown.customerId, u"100001");
+    EXPECT_EQ(shown.status, u"2");
+    EXPECT_EQ(shown.labels.value(RefundWorksheet::RefundNumberLabel), u"3000004");
+    EXPECT_EQ(shown.editMode, u"O") << "an officer who works on refunds may take the step";
+    shown.completed = true;  // the officer took the worksheet's next step
   });
   screen().openWorksheet(1);
-  EXPECT_EQ(seen.customerId, u"100001");
-  EXPECT_EQ(seen.status, u"2");
-  EXPECT_EQ(seen.labels.value(RefundWorksheet::RefundNumberLabel), u"3000004");
-  EXPECT_EQ(seen.editMode, u"O") << "an officer who works on refunds may take the step";
+  EXPECT_EQ(worksheetsShown, 1);
   EXPECT_TRUE(screen().AccountChanged());
   EXPECT_GT(m_set.link.requestCount(), requests) << "the receipt is read again";
 }
@@ -258,28 +233,22 @@ TEST_F(PayDetailTest, AnExcessFundOnAWorksheetOpensThatWorksheetWhereItStands) {
 TEST_F(PayDetailTest, AWorksheetAlreadyUnderWayKeepsItsNumberAndAClosedOneLeavesTheReceipt) {
   open();
   chooseExcess(0);
-  RecordingWorksheet* seen = nullptr;
-  screen().setRefundWorksheetOpener([&] {
-    auto made = std::make_unique<RecordingWorksheet>();
-    made->whileShown = [&](RecordingWorksheet& shown) {
-      seen = &shown;
-      messaging::Reply reply;
-      reply.sections.insert(u"REFUND"_s, rowsOf({u"CUST_ID"_s, u"RFND_NBR"_s, u"STTS_CD"_s},
-                                                {{{u"CUST_ID"_s, u"100001"_s}, {u"RFND_NBR"_s, u"0004499-1"_s},
-                                                  {u"STTS_CD"_s, u"2"_s}}}));
-      const messaging::Request info = m_set.link.requests().at(m_set.link.requestCount() - 2);
-      ASSERT_EQ(info.param(u"key:RCPT_NBR"_s), u"8000001");
-      ASSERT_TRUE(m_set.link.answer(info.requestId, reply));
-      settle();
-      EXPECT_EQ(shown.labels.value(RefundWorksheet::RefundNumberLabel), u"0004499-1");
-      EXPECT_EQ(shown.status, u"2");
-      EXPECT_FALSE(screen().mTimUpdateTimeoutNumber.isRunning());
-    };
-    return made;
+  useWorksheets([&](RecordingWorksheet& shown) {
+    messaging::Reply reply;
+    reply.sections.insert(u"REFUND"_s, rowsOf({u"CUST_ID"_s, u"RFND_NBR"_s, u"STTS_CD"_s},
+                                              {{{u"CUST_ID"_s, u"100001"_s}, {u"RFND_NBR"_s, u"0004499-1"_s},
+                                                {u"STTS_CD"_s, u"2"_s}}}));
+    const messaging::Request info = m_set.link.requests().at(m_set.link.requestCount() - 2);
+    ASSERT_EQ(info.param(u"key:RCPT_NBR"_s), u"8000001");
+    ASSERT_TRUE(m_set.link.answer(info.requestId, reply));
+    settle();
+    EXPECT_EQ(shown.labels.value(RefundWorksheet::RefundNumberLabel), u"0004499-1");
+    EXPECT_EQ(shown.status, u"2");
+    EXPECT_FALSE(screen().mTimUpdateTimeoutNumber.isRunning());
   });
   const qsizetype before = m_set.link.requestCount();
   screen().mCmdButton_Click(P::CreateRefundButton);
-  ASSERT_NE(seen, nullptr);
+  ASSERT_EQ(worksheetsShown, 1);
   EXPECT_FALSE(screen().AccountChanged());
   EXPECT_EQ(grid(P::ExcessGrid).rows(), 1);
   // The refund information and the number fetched ahead; no reload of the receipt.

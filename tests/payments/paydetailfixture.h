@@ -201,9 +201,23 @@ public:
     }
   }
   QStringList errors() { return screen().ErrorText().split(u"\r\n"_s, Qt::SkipEmptyParts); }
+  // The screen opens recording worksheets; each runs `whileShown` (the clerk at it) and is counted when shown.
+  void useWorksheets(std::function<void(RecordingWorksheet&)> whileShown = {}) {
+    screen().setRefundWorksheetOpener([this, whileShown] {
+      auto made = std::make_unique<RecordingWorksheet>();
+      made->whileShown = [this, whileShown](RecordingWorksheet& shown) {
+        ++worksheetsShown;
+        if (whileShown) {
+          whileShown(shown);
+        }
+      };
+      return made;
+    });
+  }
 
   testsupport::ServiceSet m_set;
   std::unique_ptr<QORVA_PayDetail> m_screen;
+  int worksheetsShown = 0;
 };
 
 }  // namespace adjustacc::payments::testing

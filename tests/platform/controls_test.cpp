@@ -273,22 +273,6 @@ TEST(TextBox, ThePersonIsHeldToLockAndMaxLengthButTheLogicIsNot) {
   EXPECT_EQ(changes.count(), 2);
 }
 
-TEST(TextBox, TheKeyPressHandlerCanChangeOrRefuseTypedKeys) {
-  TextBox box(s("mTxt"));
-  box.setIndex(4);
-  // Troop/District: lower-case letters become upper case; anything but letters and digits is refused.
-  box.setKeyPressHandler([](int& key) {
-    if (key >= 'a' && key <= 'z') {
-      key -= 'a' - 'A';
-    } else if (!((key >= 'A' && key <= 'Z') || (key >= '0' && key <= '9'))) {
-      key = 0;
-    }
-  });
-  EXPECT_EQ(box.userKeyPress('-'), 0);
-  EXPECT_TRUE(box.userType(s("a1-2")));
-  EXPECT_EQ(box.text(), s("A12"));
-}
-
 // Keys typed in one go meet the box as a keyboard would deliver them: each judged by the screen's filter against
 // the text the earlier keys left, each firing Change.
 struct TypingCase {

@@ -24,13 +24,6 @@ protected:
   ErrorReporter reporter{ui};
 };
 
-TEST_F(ErrorTrapTest, ABodyThatEndsNormallyShowsNothing) {
-  bool ran = false;
-  EXPECT_EQ(run([&] { ran = true; }), TrapOutcome::Completed);
-  EXPECT_TRUE(ran);
-  EXPECT_EQ(ui.boxCount(), 0);
-}
-
 TEST_F(ErrorTrapTest, LeavingEarlyEndsTheProcedureSilently) {
   bool after = false;
   EXPECT_EQ(run([&] {

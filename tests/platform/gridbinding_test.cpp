@@ -175,6 +175,7 @@ TEST_P(GridRowSources, WalkWriteAndFindRowsByBookmarkAlike) {
   EXPECT_TRUE(grid.atEnd());
   EXPECT_EQ(grid.row(), 3);
   EXPECT_EQ(grid.bookmark(), adjustacc::messaging::kNoBookmark);
+  EXPECT_TRUE(grid.column(u"CD"_s).value().isNull());  // past the last row: no value
   grid.movePrevious();
   EXPECT_EQ(grid.column(u"CD"_s).text(), u"B"_s);
 
@@ -193,6 +194,9 @@ TEST_P(GridRowSources, WalkWriteAndFindRowsByBookmarkAlike) {
   EXPECT_EQ(sum, 24);
   EXPECT_FALSE(grid.setRow(4));
   EXPECT_EQ(grid.row(), 3);
+  grid.moveFirst();
+  grid.movePrevious();
+  EXPECT_EQ(grid.row(), 0);  // stops at the first row
 }
 
 INSTANTIATE_TEST_SUITE_P(Sources, GridRowSources,
