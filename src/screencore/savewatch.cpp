@@ -74,6 +74,8 @@ bool SaveWatch::answered() {
 }
 
 void SaveWatch::failed(const QString& errorText) {
+  // The request is over, whatever it was: the clerk reads the box with the normal pointer.
+  m_services.ui.setPointer(platform::Pointer::Default);
   m_services.ui.messageBox(errorText, platform::MsgButtons::Ok, platform::MsgIcon::Critical, title::messageTitle());
   if (m_timedOut) {
     if (m_binding.updateTimeout) {

@@ -92,6 +92,9 @@ public:
   // --- events ---------------------------------------------------------------------------------------------
   // The request object's time-out notice: the final outcome still comes through the reply handler.
   void timeoutNoticed() { m_timedOut = true; }
+  // Another request of the screen (an inquiry, not a save) has gone: the time-out flag is its own now, so an
+  // error reply to it reads as a failed search, not as a timed-out save.
+  void requestSent() { m_timedOut = false; }
   // First step of every reply for this screen: the host status area is no longer busy.
   void replyArrived();
 
@@ -99,7 +102,7 @@ public:
   // The reply answered the save: AccountChanged set, SaveState cleared, inputs unlocked. Answers whether a
   // save was pending, so that the screen runs its own after-save steps only then.
   bool answered();
-  // An error reply: the text in a critical message box; then, after a time-out notice, the screen's
+  // An error reply: the pointer back to normal and the text in a critical message box; then, after a time-out notice, the screen's
   // UpdateTimeout and "Search timed out"; otherwise the save is refused (SaveState cleared, AccountChanged
   // untouched), the inputs unlocked and "Search was not successful" shown. Runs whether or not a save was
   // pending: an error reply while idle unlocks inputs that another step left locked.

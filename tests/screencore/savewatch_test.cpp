@@ -105,7 +105,9 @@ TEST_F(SaveWatchTest, AnAnswerConcludesTheSaveOnce) {
 
 TEST_F(SaveWatchTest, AnErrorReplyRefusesThePendingSave) {
   pendingSave();
+  m_set.ui.setPointer(Pointer::Hourglass);
   watch().failed(u"The receivable was changed by another officer."_s);
+  EXPECT_EQ(m_set.ui.pointer(), Pointer::Default);
 
   ASSERT_EQ(m_set.ui.boxCount(), 1);
   EXPECT_EQ(m_set.ui.lastBox().text, u"The receivable was changed by another officer.");
@@ -125,6 +127,18 @@ TEST_F(SaveWatchTest, AnErrorReplyWhileIdleStillUnlocksTheInputs) {
   EXPECT_EQ(steps, QStringList{u"unlock"_s});
   EXPECT_EQ(m_set.statusBar.text(), u"Search was not successful");
   EXPECT_FALSE(watch().AccountChanged());
+}
+
+TEST_F(SaveWatchTest, AnotherRequestSentAfterATimeOutOwnsTheTimeOutFlag) {
+  pendingSave();
+  watch().timeoutNoticed();
+  watch().updateTimeout();
+  ASSERT_TRUE(watch().MsgTimedOut());
+  // The clerk asks the host something else; its refusal is a failed search, not a timed-out save.
+  watch().requestSent();
+  EXPECT_FALSE(watch().MsgTimedOut());
+  watch().failed(u"No such receivable."_s);
+  EXPECT_EQ(m_set.statusBar.text(), u"Search was not successful");
 }
 
 TEST_F(SaveWatchTest, AnErrorReplyAfterATimeOutConcludesTheSaveAsApplied) {
