@@ -372,6 +372,30 @@ Result<QString> serviceRoleProblem(const QString& connectionName) {
   return QString();
 }
 
+Result<QString> schemaVersionProblem(const QString& connectionName) {
+  const Result<Sql> connection = Sql::onConnection(connectionName);
+  if (!connection) {
+    return Result<QString>::failure(connection.error());
+  }
+  Result<qint64> version = connection->scalar(QStringLiteral("SELECT MAX(SCHEMA_VRSN) FROM SCHEMA_INFO"), {}, 0);
+  if (!version) {
+    return Result<QString>::failure(version.error());
+  }
+  if (version.value() == kSchemaVersion) {
+    return QString();
+  }
+  if (version.value() < kSchemaVersion) {
+    return QStringLiteral("The database's tables are of version %1, older than this host's %2: run adjustacc-host "
+                          "init-db with this host to bring them up to date.")
+        .arg(version.value())
+        .arg(kSchemaVersion);
+  }
+  return QStringLiteral("The database's tables are of version %1, newer than this host knows (%2): run the host "
+                        "that made them, or a newer one.")
+      .arg(version.value())
+      .arg(kSchemaVersion);
+}
+
 Result<bool> createSchema(const QString& connectionName) {
   const Result<Sql> connection = Sql::onConnection(connectionName);
   if (!connection) {

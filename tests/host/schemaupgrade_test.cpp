@@ -41,6 +41,10 @@ TEST_P(SchemaUpgrade, AnOlderDatabaseGainsTheStepTimesOnceAndKeepsItsWorksheets)
   ASSERT_FALSE(worksheetColumns().contains(u"VERIFY_TS"_s));
   const qint64 worksheets = count(u"SELECT COUNT(*) FROM RFND_WRKSHT"_s);
 
+  const auto stale = schemaVersionProblem(m_connection);
+  ASSERT_TRUE(stale.ok()) << stale.error().toStdString();
+  EXPECT_TRUE(stale->contains(u"older than this host's"_s)) << stale->toStdString();
+
   const auto upgraded = createSchema(m_connection);
   ASSERT_TRUE(upgraded.ok()) << upgraded.error().toStdString();
   for (const QString& column : kStepColumns) {
@@ -51,6 +55,7 @@ TEST_P(SchemaUpgrade, AnOlderDatabaseGainsTheStepTimesOnceAndKeepsItsWorksheets)
   EXPECT_EQ(count(u"SELECT COUNT(*) FROM RFND_WRKSHT"_s), worksheets);
   const auto again = createSchema(m_connection);
   EXPECT_TRUE(again.ok()) << again.error().toStdString();
+  EXPECT_EQ(schemaVersionProblem(m_connection).value(), QString());
 
   // Worksheets stored before answer no times; the next step records its own.
   m_host = std::make_unique<HostSystem>(m_connection);
@@ -75,6 +80,7 @@ TEST_P(SchemaUpgrade, ADatabaseOfANewerHostIsNotTouched) {
   const auto refused = createSchema(m_connection);
   ASSERT_FALSE(refused.ok());
   EXPECT_TRUE(refused.error().contains(u"newer than this host knows"_s)) << refused.error().toStdString();
+  EXPECT_TRUE(schemaVersionProblem(m_connection).value().contains(u"newer than this host knows"_s));
   EXPECT_EQ(count(u"SELECT SCHEMA_VRSN FROM SCHEMA_INFO"_s), kSchemaVersion + 1);
 }
 
