@@ -26,6 +26,8 @@
 #include "screencore/procedure.h"
 #include "screencore/screenrequest.h"
 
+#include <QScopedValueRollback>
+
 
 namespace adjustacc::ardetail {
 
@@ -226,6 +228,8 @@ void QORVA_AccDetail::addAssessment(const messaging::RecordSet& assessments, con
 // --- load ------------------------------------------------------------------------------------------------------
 
 void QORVA_AccDetail::Form_Load() {
+  // The screen's own setting of the code list and the date is no edit of the clerk's: it marks nothing.
+  const QScopedValueRollback loading(m_loading, true);
   trap(m_services, source("Form_Load"), [&] {
     mDtpDTPicker.setMinDate(kEarliestDate);
     screencore::valueOrFail(QORVA_CodesCombo.fill(screencore::codeTableQueryText(
@@ -529,6 +533,9 @@ void QORVA_AccDetail::removeMovedRows(int index) {
 // --- inputs ----------------------------------------------------------------------------------------------------
 
 void QORVA_AccDetail::mDtpDTPicker_Change() {
+  if (m_loading) {
+    return;
+  }
   trap(m_services, source("mDtpDTPicker_Change"), [&] {
     mSdgDBGrid[AvailableGrid].setRedraw(false);
     mSdgDBGrid[AdjustedGrid].setRedraw(false);
@@ -539,6 +546,9 @@ void QORVA_AccDetail::mDtpDTPicker_Change() {
 }
 
 void QORVA_AccDetail::QORVA_CodesCombo_Change() {
+  if (m_loading) {
+    return;
+  }
   trap(m_services, source("QORVA_CodesCombo_Change"), [&] {
     mSdgDBGrid[AvailableGrid].setRedraw(false);
     mSdgDBGrid[AdjustedGrid].setRedraw(false);

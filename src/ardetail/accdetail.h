@@ -213,6 +213,8 @@ private:
   };
   CarriedColumns m_carried[2];
   bool m_mayAdjust = true;
+  // Set while Form_Load fills the screen: the change handlers then check nothing.
+  bool m_loading = false;
   // Added and changed rows of the activity log, until a save takes them.
   std::optional<messaging::RecordSet> m_activityChanges;
 };
