@@ -232,8 +232,6 @@ void QORVA_AccDetail::Form_Load() {
   const QScopedValueRollback loading(m_loading, true);
   trap(m_services, source("Form_Load"), [&] {
     mDtpDTPicker.setMinDate(kEarliestDate);
-    screencore::valueOrFail(QORVA_CodesCombo.fill(screencore::codeTableQueryText(
-        m_services.user.region(), QORVA_CodesCombo.codeTable(), m_services.clock.today())));
     if (!m_services.user.hasRight(QStringLiteral("ADJUSTAR"))) {
       m_mayAdjust = false;
       mCmdButton[SaveButton].setEnabled(false);
@@ -256,6 +254,10 @@ void QORVA_AccDetail::Form_Load() {
       mSdgDBGrid[index].setSelectionMode(platform::Grid::SelectionMode::Single);
       SetGridBolding(mSdgDBGrid[index]);
     }
+    // Last: a code table that cannot be read leaves the screen without its action codes, but never with a
+    // right unchecked or its lists unprepared.
+    screencore::valueOrFail(QORVA_CodesCombo.fill(screencore::codeTableQueryText(
+        m_services.user.region(), QORVA_CodesCombo.codeTable(), m_services.clock.today())));
   });
 }
 

@@ -27,5 +27,28 @@ TEST_F(AccDetailTest, OpeningMarksNothingButTheClerksChangesAreChecked) {
   EXPECT_TRUE(m_set.fieldMarking.isMarked(screen().mTxtAdjust));
 }
 
+// Without its action codes (the code table cannot be read) the screen still locks what the officer may not do and
+// is laid out for looking.
+TEST(AccDetailLoad, AFailedActionListLeavesTheRightsAndTheLayoutInPlace) {
+  platform::modMessageTitle::setMessageTitle(u"Adjust Account"_s);
+  for (const bool mayAdjust : {false, true}) {
+    testsupport::ServiceSet set;  // no code table "ACCADJUST"
+    if (mayAdjust) {
+      set.user.grant(u"ADJUSTAR"_s);
+    }
+    QORVA_AccDetail screen(set.services);
+    screen.setVisible(true);
+    EXPECT_EQ(set.ui.boxCount(), 1) << "the failure is reported";
+    EXPECT_EQ(screen.mCmdButton[A::SaveButton].isEnabled(), mayAdjust);
+    EXPECT_EQ(screen.mTxtAdjust.isEnabled(), mayAdjust);
+    EXPECT_EQ(screen.mDtpDTPicker.isEnabled(), mayAdjust);
+    EXPECT_EQ(screen.mSdgDBGrid[A::AvailableGrid].column(u"REMOVE"_s).isLocked(), !mayAdjust);
+    EXPECT_EQ(screen.mTimUpdateTimeout.interval(), set.session.updateTimeoutMs());
+    EXPECT_EQ(screen.mTxtAdjust.tabIndex(), 4);
+    EXPECT_TRUE(screen.mDtpDTPicker.isEmpty());
+    EXPECT_TRUE(screen.mSdgDBGrid[A::AvailableGrid].allowUpdate());
+  }
+}
+
 }  // namespace
 }  // namespace adjustacc::ardetail::testing
