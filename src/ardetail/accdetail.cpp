@@ -595,7 +595,9 @@ void QORVA_AccDetail::mCmdButton_Click(int index) {
 
 void QORVA_AccDetail::close() {
   m_services.ui.setPointer(platform::Pointer::Default);
-  if (DataChanged()) {
+  // While a save is on its way its changes are no longer the clerk's to keep or drop: closing concludes it
+  // unanswered (below) instead of asking, and saving it a second time.
+  if (!m_watch.isPending() && DataChanged()) {
     switch (m_services.ui.messageBox(title::AdjustmentDataChangedQuestion, platform::MsgButtons::YesNoCancel,
                                      platform::MsgIcon::Question, title::messageTitle())) {
       case platform::MsgAnswer::Yes:
@@ -744,6 +746,11 @@ void QORVA_AccDetail::CheckEdit() {
 
 void QORVA_AccDetail::SaveData() {
   trap(m_services, source("SaveData"), [&] {
+    if (m_watch.isPending()) {
+      // Its inputs are locked, but a second Enter or a close can still come: the save is sent once.
+      m_services.statusBar.setText(kWaitingForSave);
+      return;
+    }
     if (!DataChanged()) {
       m_services.statusBar.setText(QStringLiteral("Information did not change.  Save request canceled. "));
       return;

@@ -48,6 +48,8 @@ public:
   static inline const QString kCaption = QStringLiteral("Account Receivable Detail");
   // Request code of this screen's requests (the save and the activity log).
   static constexpr int kRequestCode = 41;
+  // The status text when the clerk asks for a save or the activity log while a save is on its way.
+  static inline const QString kWaitingForSave = QStringLiteral("Waiting for the answer to the save.");
   // Account receivable numbers above this one are generated forms.
   static constexpr qint64 kLastKeyedFormNumber = 1999999;
 

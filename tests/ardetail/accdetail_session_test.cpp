@@ -50,5 +50,24 @@ TEST(AccDetailLoad, AFailedActionListLeavesTheRightsAndTheLayoutInPlace) {
   }
 }
 
+TEST_F(AccDetailTest, WhileASaveIsPendingNeitherSaveNorCloseSendsItAgain) {
+  open({assessment(u"A"_s, u"F20"_s, u"25.00"_s)});
+  mark(A::AvailableGrid, 0);
+  enter();
+  screen().SaveData();
+  ASSERT_EQ(m_set.link.requestCount(), 1);
+  screen().SaveData();  // as a second press of Enter would
+  EXPECT_EQ(m_set.link.requestCount(), 1);
+  EXPECT_EQ(m_set.statusBar.text(), u"Waiting for the answer to the save."_s);
+
+  const int boxes = m_set.ui.boxCount();
+  screen().mCmdButton[A::CloseButton].click();
+  EXPECT_EQ(m_set.ui.boxCount(), boxes) << "no save question while the save is on its way";
+  EXPECT_EQ(m_set.link.requestCount(), 1);
+  EXPECT_FALSE(screen().isVisible());
+  EXPECT_TRUE(screen().AccountChanged());
+  EXPECT_EQ(screen().SaveState(), QString());
+}
+
 }  // namespace
 }  // namespace adjustacc::ardetail::testing
