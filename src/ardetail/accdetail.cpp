@@ -355,6 +355,11 @@ void QORVA_AccDetail::takeAssessments(const messaging::Reply& reply) {
 
 void QORVA_AccDetail::SendAccountPI() {
   trap(m_services, source("SendAccountPI"), [&] {
+    if (m_watch.isPending()) {
+      // A new request would take the place of the save's, and its reply would be taken for the save's answer.
+      m_services.statusBar.setText(kWaitingForSave);
+      return;
+    }
     messaging::RequestMessage& message =
         screencore::freshRequest(m_services, *this, mNcsbMessage, replyToName(), kRequestCode);
     message.addParameter(marventoParameter(messaging::params::AcctRcvblNbr, ARNumber().trimmed()));
@@ -366,6 +371,8 @@ void QORVA_AccDetail::SendAccountPI() {
                                  m_services.codes.description(QStringLiteral("ADJDOC"), ARType().trimmed()) +
                                  QStringLiteral(" number ") + ARNumber());
     m_requestId = screencore::sendRequest(message, *this);
+    // A time-out of an earlier save is not this request's: its refusal reads as a failed search.
+    m_watch.requestSent();
     m_services.ui.setPointer(platform::Pointer::Hourglass);
   });
 }

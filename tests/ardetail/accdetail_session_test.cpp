@@ -69,5 +69,42 @@ TEST_F(AccDetailTest, WhileASaveIsPendingNeitherSaveNorCloseSendsItAgain) {
   EXPECT_EQ(screen().SaveState(), QString());
 }
 
+TEST_F(AccDetailTest, AccountActivityWaitsForThePendingSavesAnswer) {
+  open({assessment(u"A"_s, u"F20"_s, u"25.00"_s), assessment(u"A"_s, u"P01"_s, u"40.00"_s)});
+  mark(A::AvailableGrid, 0);
+  enter();
+  screen().SaveData();
+  screen().mCmdButton[A::AccountActivityButton].click();
+  EXPECT_EQ(m_set.link.requestCount(), 1);
+  EXPECT_EQ(m_set.statusBar.text(), u"Waiting for the answer to the save."_s);
+  EXPECT_EQ(screen().SaveState(), u"SAVEPENDING"_s);
+  // The save's own answer still concludes it.
+  answer(testsupport::replyWith({{u"ASSESSMENT"_s, assessmentRows({assessment(u"I"_s, u"F20"_s, u"25.00"_s),
+                                                                   assessment(u"A"_s, u"P01"_s, u"40.00"_s)})}}));
+  EXPECT_EQ(screen().SaveState(), QString());
+  EXPECT_TRUE(screen().AccountChanged());
+  EXPECT_EQ(grid(A::AvailableGrid).rows(), 1);
+  EXPECT_EQ(grid(A::AdjustedGrid).rows(), 1);
+}
+
+TEST_F(AccDetailTest, TheActivityRequestAfterATimedOutSaveIsNoSaveOfItsOwn) {
+  open({assessment(u"A"_s, u"F20"_s, u"25.00"_s)});
+  mark(A::AvailableGrid, 0);
+  enter();
+  screen().SaveData();
+  screen().mNcsbMessage_MsgTimeout();
+  messaging::Reply late;
+  late.error = u"The host did not answer in time."_s;
+  answer(late);
+  ASSERT_EQ(m_set.statusBar.text(), u"Search timed out");
+  const int sent = m_set.link.requestCount();
+  screen().mCmdButton[A::AccountActivityButton].click();
+  ASSERT_EQ(m_set.link.requestCount(), sent + 1);
+  messaging::Reply refused;
+  refused.error = u"No activity"_s;
+  answer(refused);
+  EXPECT_EQ(m_set.statusBar.text(), u"Search was not successful");
+}
+
 }  // namespace
 }  // namespace adjustacc::ardetail::testing
