@@ -310,6 +310,7 @@ void QORVA_AccDetail::mNcsbMessage_DataReady(const QString& replyTo, const messa
       }
       m_activityChanges.reset();
       InitializeData();
+      takeReceivable(reply);
       // The save's reply carries the assessments as the host now has them.
       mSdgDBGrid[AvailableGrid].removeAll();
       mSdgDBGrid[AdjustedGrid].removeAll();
@@ -335,6 +336,24 @@ void QORVA_AccDetail::showActivity(const messaging::Reply& reply) {
   if (log.SaveChange()) {
     // Sent with this screen's next save, which the clerk may make at once or with an adjustment.
     m_activityChanges = log.changedRows();
+  }
+}
+
+void QORVA_AccDetail::takeReceivable(const messaging::Reply& reply) {
+  if (!reply.hasSection(messaging::sectionnames::AccountReceivables)) {
+    return;
+  }
+  const messaging::RecordSetPtr receivable =
+      messaging::RecordSetBuilder::build(reply, messaging::sectionnames::AccountReceivables, m_requestId);
+  if (receivable->recordCount() == 0) {
+    return;
+  }
+  receivable->moveFirst();
+  if (const QVariant version = receivable->value(QStringLiteral("ROW_VRSN_NBR")); !version.isNull()) {
+    m_rowVersion = version.toString().trimmed();
+  }
+  if (receivable->fieldIndex(QStringLiteral("ACCT_RCVBL_BAL_AMT")) >= 0) {
+    setBalance(receivable->value(QStringLiteral("ACCT_RCVBL_BAL_AMT")).toString());
   }
 }
 

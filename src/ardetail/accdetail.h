@@ -180,6 +180,9 @@ private:
   void removeMovedRows(int index);
   void showTotals(int changedGrid);
   void showBalanceAfter();
+  // The receivable as the save left it (its "ACNTSRCVBL" section): the row version the next save is checked
+  // against, and the balance the next adjustment starts from.
+  void takeReceivable(const messaging::Reply& reply);
   // The rows of the reply's "ASSESSMENT" section, in the order the grids list them.
   void takeAssessments(const messaging::Reply& reply);
   // The activity log of the reply, shown on the Account Activity screen; its changes wait for the save.

@@ -8,6 +8,12 @@ namespace {
 using platform::MsgAnswer;
 using A = QORVA_AccDetail;
 
+// The receivable as a save's reply carries it.
+messaging::RecordSet receivableRow(const QString& version, const QString& balance) {
+  return testsupport::section({u"ACCT_RCVBL_NBR"_s, u"ACCT_RCVBL_TYP_CD"_s, u"ACCT_RCVBL_BAL_AMT"_s, u"ROW_VRSN_NBR"_s},
+                              {{u"1000011"_s, u"C"_s, balance, version}});
+}
+
 TEST_F(AccDetailTest, OpeningMarksNothingButTheClerksChangesAreChecked) {
   for (const bool mayAdjust : {true, false}) {
     if (!mayAdjust) {
@@ -104,6 +110,26 @@ TEST_F(AccDetailTest, TheActivityRequestAfterATimedOutSaveIsNoSaveOfItsOwn) {
   refused.error = u"No activity"_s;
   answer(refused);
   EXPECT_EQ(m_set.statusBar.text(), u"Search was not successful");
+}
+
+TEST_F(AccDetailTest, EachSaveTakesTheReceivableAsTheHostLeftIt) {
+  open({assessment(u"A"_s, u"F20"_s, u"25.00"_s), assessment(u"A"_s, u"P01"_s, u"40.00"_s)});
+  screen().setBalance(u"65.00"_s);
+  mark(A::AvailableGrid, 0);
+  enter();
+  screen().SaveData();
+  answer(testsupport::replyWith({{u"ASSESSMENT"_s, assessmentRows({assessment(u"I"_s, u"F20"_s, u"25.00"_s),
+                                                                   assessment(u"A"_s, u"P01"_s, u"40.00"_s)})},
+                                 {u"ACNTSRCVBL"_s, receivableRow(u"8"_s, u"40.00"_s)}}));
+  ASSERT_EQ(screen().SaveState(), QString());
+  mark(A::AvailableGrid, 0);
+  EXPECT_EQ(screen().m_balanceAfter.caption(), u"$0.00"_s);  // from the balance the save left
+  enter(QDate(2024, 3, 2), u"Second thoughts"_s);
+  screen().SaveData();
+  ASSERT_EQ(m_set.link.requestCount(), 2);
+  const messaging::Request second = m_set.link.lastRequest();
+  ASSERT_EQ(second.records.first().name, u"ADJUSTAR"_s);
+  EXPECT_EQ(second.records.first().records.first().field(u"ROW_VRSN_NBR"_s), u"8"_s);
 }
 
 }  // namespace
