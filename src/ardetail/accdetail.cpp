@@ -330,6 +330,10 @@ void QORVA_AccDetail::showActivity(const messaging::Reply& reply) {
   log.setARNumber(ARNumber().trimmed() + u'-' + m_checkNumber.trimmed());
   log.setARType(ARType().trimmed());
   log.LoadActivity(reply, m_requestId);
+  if (activityChanged()) {
+    // Entries of an earlier visit wait for the save: the log shows them again, over the host's rows.
+    log.keepChanges(*m_activityChanges);
+  }
   m_services.statusBar.setText(title::Ready);
   m_services.ui.setPointer(platform::Pointer::Default);
   log.showModal();

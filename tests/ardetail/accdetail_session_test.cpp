@@ -14,6 +14,12 @@ messaging::RecordSet receivableRow(const QString& version, const QString& balanc
                               {{u"1000011"_s, u"C"_s, balance, version}});
 }
 
+messaging::RecordSet activityRows(const QList<QList<QVariant>>& rows) {
+  return testsupport::section({u"ACTVTY_SEQ_NBR"_s, u"ACTVTY_DT"_s, u"ACCT_ACTVTY_CD"_s, u"ACTVTY_CMMT_TXT"_s,
+                               u"LST_UPDT_USER_ID"_s, u"ACTION"_s, u"ROW_VRSN_NBR"_s},
+                              rows);
+}
+
 TEST_F(AccDetailTest, OpeningMarksNothingButTheClerksChangesAreChecked) {
   for (const bool mayAdjust : {true, false}) {
     if (!mayAdjust) {
@@ -130,6 +136,55 @@ TEST_F(AccDetailTest, EachSaveTakesTheReceivableAsTheHostLeftIt) {
   const messaging::Request second = m_set.link.lastRequest();
   ASSERT_EQ(second.records.first().name, u"ADJUSTAR"_s);
   EXPECT_EQ(second.records.first().records.first().field(u"ROW_VRSN_NBR"_s), u"8"_s);
+}
+
+// An entry added on one visit to the log and not yet saved is there on the next visit, and goes with the save.
+TEST_F(AccDetailTest, ActivityEntriesOfAnEarlierVisitAreKeptUntilSaved) {
+  open({assessment(u"A"_s, u"F20"_s, u"25.00"_s)});
+  const messaging::RecordSet hostRows =
+      activityRows({{u"1"_s, u"2024-02-01"_s, u"CAL"_s, u"First call"_s, u"OFC7"_s, QVariant(), u"3"_s}});
+  screen().mCmdButton[A::AccountActivityButton].click();
+  m_set.ui.queueModal([](platform::ModalForm& form) {
+    auto& log = dynamic_cast<activity::QORVA_Activity&>(form);
+    log.mFtcboActivityCode.setCode(u"CAL"_s);
+    log.mTxtComment.setText(u"Customer called back"_s);
+    log.mCmdActivity[activity::QORVA_Activity::AddButton].click();
+    // The host's row changed too.
+    ASSERT_TRUE(log.mSdgActivity.userClickRow(1));
+    log.mTxtComment.setText(u"First call, no answer"_s);
+    log.mCmdActivity[activity::QORVA_Activity::UpdateButton].click();
+    log.mCmdActivity[activity::QORVA_Activity::SaveButton].click();
+  });
+  answer(testsupport::replyWith({{u"ACCOUNTACTIVITY"_s, hostRows}}));
+  ASSERT_TRUE(screen().DataChanged());
+
+  screen().mCmdButton[A::AccountActivityButton].click();
+  QStringList seen;
+  m_set.ui.queueModal([this, &seen](platform::ModalForm& form) {
+    auto& log = dynamic_cast<activity::QORVA_Activity&>(form);
+    const messaging::RecordSet& rows = *log.ActivityRows();
+    for (int row = 0; row < rows.recordCount(); ++row) {
+      seen.append(rows.valueAt(row, u"ACTVTY_CMMT_TXT"_s).toString() + u'|' +
+                  rows.valueAt(row, u"ACTION"_s).toString());
+    }
+    // Closed without saving this visit: what the earlier visit handed over stays.
+    m_set.ui.queueAnswer(MsgAnswer::No);
+    log.mCmdActivity[activity::QORVA_Activity::CloseButton].click();
+  });
+  answer(testsupport::replyWith({{u"ACCOUNTACTIVITY"_s, hostRows}}));
+  seen.sort();
+  EXPECT_EQ(seen, (QStringList{u"Customer called back|ADD"_s, u"First call, no answer|UPD"_s}));
+
+  screen().SaveData();
+  ASSERT_EQ(screen().SaveState(), u"SAVEPENDING"_s) << m_set.ui.lastBox().text.toStdString();
+  const messaging::Request saved = m_set.link.lastRequest();
+  ASSERT_EQ(saved.records.size(), 1);
+  QStringList sent;
+  for (const messaging::SaveRecord& record : saved.records[0].records) {
+    sent.append(record.field(u"ACTION"_s).toString() + u'|' + record.field(u"ACTVTY_CMMT_TXT"_s).toString());
+  }
+  sent.sort();
+  EXPECT_EQ(sent, (QStringList{u"ADD|Customer called back"_s, u"UPD|First call, no answer"_s}));
 }
 
 }  // namespace
