@@ -1,5 +1,6 @@
 #include "activity.h"
 
+#include "messaging/protocolwords.h"
 #include "messaging/recordsetbuilder.h"
 #include "platform/clock.h"
 #include "platform/codelookup.h"
@@ -122,6 +123,8 @@ QORVA_Activity::QORVA_Activity(platform::Services& services, QObject* parent)
   mFtcboActivityCode.setCodeTable(QStringLiteral("COLLECTN-USER"));
   mFtcboFilterCode.setSource(&services.codeTables);
   mFtcboFilterCode.setCodeTable(QStringLiteral("COLLECTN"));
+  // As long as the host keeps it.
+  mTxtComment.setMaxLength(messaging::limits::CommentLength);
 
   const std::pair<Buttons, QString> buttons[] = {
       {ClearFilterButton, QStringLiteral("Clear")}, {SaveButton, QStringLiteral("Save")},

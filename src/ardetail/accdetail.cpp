@@ -129,6 +129,8 @@ QORVA_AccDetail::QORVA_AccDetail(platform::Services& services, QObject* parent)
   QORVA_CodesCombo.setSource(&services.codeTables);
   QORVA_CodesCombo.setCodeTable(QStringLiteral("ACCADJUST"));
   mDtpDTPicker.setMaxDate(kLatestDate);
+  // As long as the host keeps it whole; the activity row it also goes into is shortened there.
+  mTxtAdjust.setMaxLength(messaging::limits::CommentLength);
   mCmdButton.add(AccountActivityButton, QStringLiteral("Account Activity"));
   mCmdButton.add(SaveButton, QStringLiteral("Save"));
   mCmdButton.add(CloseButton, QStringLiteral("Close"));

@@ -187,5 +187,18 @@ TEST_F(AccDetailTest, ActivityEntriesOfAnEarlierVisitAreKeptUntilSaved) {
   EXPECT_EQ(sent, (QStringList{u"ADD|Customer called back"_s, u"UPD|First call, no answer"_s}));
 }
 
+TEST_F(AccDetailTest, CommentBoxesTakeNoMoreThanTheHostKeeps) {
+  open({assessment(u"A"_s, u"F20"_s, u"25.00"_s)});
+  // The host keeps a comment of up to 2,000 characters.
+  const int limit = screen().mTxtAdjust.maxLength();
+  EXPECT_GT(limit, 0);
+  EXPECT_LE(limit, 2000);
+  screen().mTxtAdjust.userSetText(QString(2100, u'x'));
+  EXPECT_EQ(screen().mTxtAdjust.text().size(), limit);
+  activity::QORVA_Activity log(m_set.services);
+  EXPECT_GT(log.mTxtComment.maxLength(), 0);
+  EXPECT_LE(log.mTxtComment.maxLength(), 2000);
+}
+
 }  // namespace
 }  // namespace adjustacc::ardetail::testing
