@@ -87,6 +87,13 @@ TEST_F(ArDetailScenario, AClerkRemovesAPenaltyAndTheListShowsTheNewBalance) {
     EXPECT_EQ(detail.windowTitle(), u"Account Receivable Detail"_s);
     EXPECT_EQ(detail.label(QORVA_AccDetail::AccountNumberLabel)->text(), u"1000011"_s);
     screenshot(detail, u"ardetail-01-opened"_s);
+    // At the dialog's own size every caption of the totals shows whole.
+    for (const int caption : {QORVA_AccDetail::TotalRemovalCaption, QORVA_AccDetail::TotalReinstatedCaption,
+                              QORVA_AccDetail::TotalAdjustmentCaption}) {
+      const QLabel* label = detail.label(caption);
+      EXPECT_GE(label->contentsRect().width(), label->fontMetrics().horizontalAdvance(label->text()))
+          << label->text().toStdString();
+    }
     before = dueAmount();
 
     const int penalty = rowsOf(available) - 1;
