@@ -190,6 +190,22 @@ TEST_F(ActivityTest, ChangesOfAnEarlierVisitAreShownAgainAndHandedBackAgain) {
   EXPECT_EQ(screen().changedRows().recordCount(), 2);
 }
 
+// The officer's id on a row is the same id whatever its case, as it is everywhere else on the screen.
+TEST_F(ActivityTest, AnEntryOfTheOfficerUnderTheIdInAnotherCaseIsADuplicate) {
+  open();
+  const int row = rowOf(u"1"_s);
+  ASSERT_GE(row, 0);
+  ASSERT_TRUE(rows().updateAt(rows().bookmarkAt(row), rows().fieldIndex(u"LST_UPDT_USER_ID"_s), u"ofc7"_s));
+  enter(QDate(2024, 3, 1), u"CALL"_s, u"Left a message"_s);
+  click(A::AddButton);
+  EXPECT_EQ(m_set.ui.boxTexts(), QStringList{u" Can not add duplicate information\r\n"_s});
+  EXPECT_EQ(rows().recordCount(), 4);
+  // Another officer's entry stays no duplicate.
+  ASSERT_TRUE(rows().updateAt(rows().bookmarkAt(row), rows().fieldIndex(u"LST_UPDT_USER_ID"_s), u"ofc77"_s));
+  ASSERT_TRUE(click(A::AddButton));
+  EXPECT_EQ(rows().recordCount(), 5);
+}
+
 TEST_F(ActivityTest, ChangingARowToEqualAnotherIsNotChecked) {
   open();
   choose(rowOf(u"4"_s));
