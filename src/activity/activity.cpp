@@ -1,5 +1,6 @@
 #include "activity.h"
 
+#include "messaging/protocolwords.h"
 #include "messaging/recordsetbuilder.h"
 #include "platform/clock.h"
 #include "platform/codelookup.h"
@@ -122,6 +123,8 @@ QORVA_Activity::QORVA_Activity(platform::Services& services, QObject* parent)
   mFtcboActivityCode.setCodeTable(QStringLiteral("COLLECTN-USER"));
   mFtcboFilterCode.setSource(&services.codeTables);
   mFtcboFilterCode.setCodeTable(QStringLiteral("COLLECTN"));
+  // As long as the host keeps it.
+  mTxtComment.setMaxLength(messaging::limits::CommentLength);
 
   const std::pair<Buttons, QString> buttons[] = {
       {ClearFilterButton, QStringLiteral("Clear")}, {SaveButton, QStringLiteral("Save")},
@@ -221,6 +224,46 @@ void QORVA_Activity::LoadActivity(const messaging::Reply& reply, const QString& 
   });
 }
 
+void QORVA_Activity::keepChanges(const messaging::RecordSet& earlier) {
+  trap(m_services, source("keepChanges"), [&] {
+    messaging::RecordSet& set = rows();
+    const QString sequenceField = QStringLiteral("ACTVTY_SEQ_NBR");
+    const auto hostRow = [&](const QString& sequence) {
+      for (int row = 0; !sequence.isEmpty() && row < set.recordCount(); ++row) {
+        if (set.valueAt(row, sequenceField).toString().trimmed() == sequence) {
+          return set.bookmarkAt(row);
+        }
+      }
+      return kNoBookmark;
+    };
+    int kept = 0;
+    for (int row = 0; row < earlier.recordCount(); ++row) {
+      const QString action = earlier.valueAt(row, kAction).toString().trimmed().toUpper();
+      if (action != kAdd && action != kUpd) {
+        continue;
+      }
+      Bookmark target = action == kUpd ? hostRow(earlier.valueAt(row, sequenceField).toString().trimmed()) : kNoBookmark;
+      if (target == kNoBookmark) {
+        target = set.addNew();
+      }
+      for (const messaging::Field& field : set.fields()) {
+        const int from = earlier.fieldIndex(field.name);
+        if (from < 0 || earlier.isNullAt(row, from)) {
+          continue;
+        }
+        if (!set.updateAt(target, set.fieldIndex(field.name), earlier.valueAt(row, from))) {
+          platform::fail(QStringLiteral("The activity row could not take its %1 again.").arg(field.name));
+        }
+      }
+      ++kept;
+    }
+    if (kept > 0) {
+      m_keptChanges = true;
+      resortAndRefresh();
+    }
+  });
+}
+
 messaging::RecordSet QORVA_Activity::changedRows() const {
   // The copy's filter is its own (in the list's order); the list keeps its filter and position.
   messaging::RecordSet changed = Adodc1.recordset() ? *Adodc1.recordset() : messaging::RecordSet();
@@ -255,8 +298,8 @@ void QORVA_Activity::Form_Load() {
     mDtpActivity[EntryDate].setDate(today);
     screencore::prepareList(mSdgActivity);
     mSdgActivity.setSelectionMode(platform::Grid::SelectionMode::Single);
-    // Nothing to hand back until a row is added or changed.
-    mCmdActivity[SaveButton].setEnabled(false);
+    // Nothing to hand back until a row is added or changed, here or on an earlier visit.
+    mCmdActivity[SaveButton].setEnabled(m_keptChanges);
     const QString region = m_services.user.region();
     screencore::valueOrFail(
         mFtcboActivityCode.fill(screencore::codeTableQueryText(region, mFtcboActivityCode.codeTable(), today)));

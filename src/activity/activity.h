@@ -88,6 +88,10 @@ public:
   // The rows of the reply's "ACCOUNTACTIVITY" section, bound to the list newest first. `requestId` is the
   // request the reply answers (empty: any).
   void LoadActivity(const messaging::Reply& reply, const QString& requestId = {});
+  // Rows added or changed on an earlier visit to the log and not saved yet (a changedRows() of then): each
+  // takes the place of the host's row of its sequence number, or is added, with its ACTION mark, so that the
+  // officer sees them again and they go back with the next save. Call after LoadActivity.
+  void keepChanges(const messaging::RecordSet& earlier);
   // The officer's answer to the save question (Close), or whether rows were changed (Save).
   bool SaveChange() const { return m_saveChange; }
   void setSaveChange(bool saveChange) { m_saveChange = saveChange; }
@@ -166,6 +170,8 @@ private:
   QString m_arNumber;
   bool m_saveChange = false;
   bool m_updateRight = false;
+  // Whether keepChanges brought rows of an earlier visit: there is something to hand back from the start.
+  bool m_keptChanges = false;
   // Set while the screen fills the entry itself, so that its own filling is not taken for an edit.
   bool m_filling = false;
 };

@@ -26,6 +26,8 @@
 #include "screencore/procedure.h"
 #include "screencore/screenrequest.h"
 
+#include <QScopedValueRollback>
+
 
 namespace adjustacc::ardetail {
 
@@ -127,6 +129,8 @@ QORVA_AccDetail::QORVA_AccDetail(platform::Services& services, QObject* parent)
   QORVA_CodesCombo.setSource(&services.codeTables);
   QORVA_CodesCombo.setCodeTable(QStringLiteral("ACCADJUST"));
   mDtpDTPicker.setMaxDate(kLatestDate);
+  // As long as the host keeps it whole; the activity row it also goes into is shortened there.
+  mTxtAdjust.setMaxLength(messaging::limits::CommentLength);
   mCmdButton.add(AccountActivityButton, QStringLiteral("Account Activity"));
   mCmdButton.add(SaveButton, QStringLiteral("Save"));
   mCmdButton.add(CloseButton, QStringLiteral("Close"));
@@ -226,10 +230,10 @@ void QORVA_AccDetail::addAssessment(const messaging::RecordSet& assessments, con
 // --- load ------------------------------------------------------------------------------------------------------
 
 void QORVA_AccDetail::Form_Load() {
+  // The screen's own setting of the code list and the date is no edit of the clerk's: it marks nothing.
+  const QScopedValueRollback loading(m_loading, true);
   trap(m_services, source("Form_Load"), [&] {
     mDtpDTPicker.setMinDate(kEarliestDate);
-    screencore::valueOrFail(QORVA_CodesCombo.fill(screencore::codeTableQueryText(
-        m_services.user.region(), QORVA_CodesCombo.codeTable(), m_services.clock.today())));
     if (!m_services.user.hasRight(QStringLiteral("ADJUSTAR"))) {
       m_mayAdjust = false;
       mCmdButton[SaveButton].setEnabled(false);
@@ -252,6 +256,10 @@ void QORVA_AccDetail::Form_Load() {
       mSdgDBGrid[index].setSelectionMode(platform::Grid::SelectionMode::Single);
       SetGridBolding(mSdgDBGrid[index]);
     }
+    // Last: a code table that cannot be read leaves the screen without its action codes, but never with a
+    // right unchecked or its lists unprepared.
+    screencore::valueOrFail(QORVA_CodesCombo.fill(screencore::codeTableQueryText(
+        m_services.user.region(), QORVA_CodesCombo.codeTable(), m_services.clock.today())));
   });
 }
 
@@ -304,6 +312,7 @@ void QORVA_AccDetail::mNcsbMessage_DataReady(const QString& replyTo, const messa
       }
       m_activityChanges.reset();
       InitializeData();
+      takeReceivable(reply);
       // The save's reply carries the assessments as the host now has them.
       mSdgDBGrid[AvailableGrid].removeAll();
       mSdgDBGrid[AdjustedGrid].removeAll();
@@ -323,12 +332,34 @@ void QORVA_AccDetail::showActivity(const messaging::Reply& reply) {
   log.setARNumber(ARNumber().trimmed() + u'-' + m_checkNumber.trimmed());
   log.setARType(ARType().trimmed());
   log.LoadActivity(reply, m_requestId);
+  if (activityChanged()) {
+    // Entries of an earlier visit wait for the save: the log shows them again, over the host's rows.
+    log.keepChanges(*m_activityChanges);
+  }
   m_services.statusBar.setText(title::Ready);
   m_services.ui.setPointer(platform::Pointer::Default);
   log.showModal();
   if (log.SaveChange()) {
     // Sent with this screen's next save, which the clerk may make at once or with an adjustment.
     m_activityChanges = log.changedRows();
+  }
+}
+
+void QORVA_AccDetail::takeReceivable(const messaging::Reply& reply) {
+  if (!reply.hasSection(messaging::sectionnames::AccountReceivables)) {
+    return;
+  }
+  const messaging::RecordSetPtr receivable =
+      messaging::RecordSetBuilder::build(reply, messaging::sectionnames::AccountReceivables, m_requestId);
+  if (receivable->recordCount() == 0) {
+    return;
+  }
+  receivable->moveFirst();
+  if (const QVariant version = receivable->value(QStringLiteral("ROW_VRSN_NBR")); !version.isNull()) {
+    m_rowVersion = version.toString().trimmed();
+  }
+  if (receivable->fieldIndex(QStringLiteral("ACCT_RCVBL_BAL_AMT")) >= 0) {
+    setBalance(receivable->value(QStringLiteral("ACCT_RCVBL_BAL_AMT")).toString());
   }
 }
 
@@ -349,6 +380,11 @@ void QORVA_AccDetail::takeAssessments(const messaging::Reply& reply) {
 
 void QORVA_AccDetail::SendAccountPI() {
   trap(m_services, source("SendAccountPI"), [&] {
+    if (m_watch.isPending()) {
+      // A new request would take the place of the save's, and its reply would be taken for the save's answer.
+      m_services.statusBar.setText(kWaitingForSave);
+      return;
+    }
     messaging::RequestMessage& message =
         screencore::freshRequest(m_services, *this, mNcsbMessage, replyToName(), kRequestCode);
     message.addParameter(marventoParameter(messaging::params::AcctRcvblNbr, ARNumber().trimmed()));
@@ -360,6 +396,8 @@ void QORVA_AccDetail::SendAccountPI() {
                                  m_services.codes.description(QStringLiteral("ADJDOC"), ARType().trimmed()) +
                                  QStringLiteral(" number ") + ARNumber());
     m_requestId = screencore::sendRequest(message, *this);
+    // A time-out of an earlier save is not this request's: its refusal reads as a failed search.
+    m_watch.requestSent();
     m_services.ui.setPointer(platform::Pointer::Hourglass);
   });
 }
@@ -529,6 +567,9 @@ void QORVA_AccDetail::removeMovedRows(int index) {
 // --- inputs ----------------------------------------------------------------------------------------------------
 
 void QORVA_AccDetail::mDtpDTPicker_Change() {
+  if (m_loading) {
+    return;
+  }
   trap(m_services, source("mDtpDTPicker_Change"), [&] {
     mSdgDBGrid[AvailableGrid].setRedraw(false);
     mSdgDBGrid[AdjustedGrid].setRedraw(false);
@@ -539,6 +580,9 @@ void QORVA_AccDetail::mDtpDTPicker_Change() {
 }
 
 void QORVA_AccDetail::QORVA_CodesCombo_Change() {
+  if (m_loading) {
+    return;
+  }
   trap(m_services, source("QORVA_CodesCombo_Change"), [&] {
     mSdgDBGrid[AvailableGrid].setRedraw(false);
     mSdgDBGrid[AdjustedGrid].setRedraw(false);
@@ -583,7 +627,9 @@ void QORVA_AccDetail::mCmdButton_Click(int index) {
 
 void QORVA_AccDetail::close() {
   m_services.ui.setPointer(platform::Pointer::Default);
-  if (DataChanged()) {
+  // While a save is on its way its changes are no longer the clerk's to keep or drop: closing concludes it
+  // unanswered (below) instead of asking, and saving it a second time.
+  if (!m_watch.isPending() && DataChanged()) {
     switch (m_services.ui.messageBox(title::AdjustmentDataChangedQuestion, platform::MsgButtons::YesNoCancel,
                                      platform::MsgIcon::Question, title::messageTitle())) {
       case platform::MsgAnswer::Yes:
@@ -732,6 +778,11 @@ void QORVA_AccDetail::CheckEdit() {
 
 void QORVA_AccDetail::SaveData() {
   trap(m_services, source("SaveData"), [&] {
+    if (m_watch.isPending()) {
+      // Its inputs are locked, but a second Enter or a close can still come: the save is sent once.
+      m_services.statusBar.setText(kWaitingForSave);
+      return;
+    }
     if (!DataChanged()) {
       m_services.statusBar.setText(QStringLiteral("Information did not change.  Save request canceled. "));
       return;

@@ -48,6 +48,8 @@ public:
   static inline const QString kCaption = QStringLiteral("Account Receivable Detail");
   // Request code of this screen's requests (the save and the activity log).
   static constexpr int kRequestCode = 41;
+  // The status text when the clerk asks for a save or the activity log while a save is on its way.
+  static inline const QString kWaitingForSave = QStringLiteral("Waiting for the answer to the save.");
   // Account receivable numbers above this one are generated forms.
   static constexpr qint64 kLastKeyedFormNumber = 1999999;
 
@@ -178,6 +180,9 @@ private:
   void removeMovedRows(int index);
   void showTotals(int changedGrid);
   void showBalanceAfter();
+  // The receivable as the save left it (its "ACNTSRCVBL" section): the row version the next save is checked
+  // against, and the balance the next adjustment starts from.
+  void takeReceivable(const messaging::Reply& reply);
   // The rows of the reply's "ASSESSMENT" section, in the order the grids list them.
   void takeAssessments(const messaging::Reply& reply);
   // The activity log of the reply, shown on the Account Activity screen; its changes wait for the save.
@@ -213,6 +218,8 @@ private:
   };
   CarriedColumns m_carried[2];
   bool m_mayAdjust = true;
+  // Set while Form_Load fills the screen: the change handlers then check nothing.
+  bool m_loading = false;
   // Added and changed rows of the activity log, until a save takes them.
   std::optional<messaging::RecordSet> m_activityChanges;
 };

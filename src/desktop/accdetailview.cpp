@@ -76,24 +76,31 @@ AccDetailView::AccDetailView(QORVA_AccDetail& form, QWidget* parent) : FormView(
   }
   layout->addWidget(splitter, 1);
 
-  // The totals of the marked rows.
-  auto* totals = new QHBoxLayout;
-  totals->setSpacing(8);
-  for (const auto& [caption, value] : {std::pair{QORVA_AccDetail::TotalRemovalCaption, QORVA_AccDetail::TotalRemovalLabel},
-                                       {QORVA_AccDetail::TotalReinstatedCaption, QORVA_AccDetail::TotalReinstatedLabel},
-                                       {QORVA_AccDetail::TotalAdjustmentCaption, QORVA_AccDetail::TotalAdjustmentLabel}}) {
-    totals->addWidget(m_labels[caption]);
-    totals->addWidget(m_labels[value]);
-    totals->addSpacing(12);
-  }
+  // The totals of the marked rows, in two rows of two, so that every caption shows whole at the dialog's size:
+  // removal and reinstated, then their sum and the balance it leaves.
+  auto* totals = new QGridLayout;
+  totals->setHorizontalSpacing(8);
+  totals->setVerticalSpacing(6);
   // What the receivable will owe once the marked rows are saved.
   auto* balanceCaption = new QLabel(tr("Balance after save:"), this);
   QLabel* balanceAfter = valueLabel(this, QStringLiteral("m_balanceAfter"), Qt::AlignRight | Qt::AlignVCenter);
   balanceAfter->setToolTip(tr("The balance the account receivable will have once the marked assessments are saved"));
   bindLabel(form.m_balanceAfter, *balanceAfter);
-  totals->addWidget(balanceCaption);
-  totals->addWidget(balanceAfter);
-  totals->addStretch(1);
+  const std::pair<QLabel*, QLabel*> cells[2][2] = {
+      {{m_labels[QORVA_AccDetail::TotalRemovalCaption], m_labels[QORVA_AccDetail::TotalRemovalLabel]},
+       {m_labels[QORVA_AccDetail::TotalReinstatedCaption], m_labels[QORVA_AccDetail::TotalReinstatedLabel]}},
+      {{m_labels[QORVA_AccDetail::TotalAdjustmentCaption], m_labels[QORVA_AccDetail::TotalAdjustmentLabel]},
+       {balanceCaption, balanceAfter}}};
+  for (int row = 0; row < 2; ++row) {
+    for (int pair = 0; pair < 2; ++pair) {
+      const auto& [caption, value] = cells[row][pair];
+      caption->setMinimumWidth(caption->sizeHint().width());
+      totals->addWidget(caption, row, pair * 3, Qt::AlignRight | Qt::AlignVCenter);
+      totals->addWidget(value, row, pair * 3 + 1);
+    }
+  }
+  totals->setColumnMinimumWidth(2, 24);
+  totals->setColumnStretch(5, 1);
   layout->addLayout(totals);
 
   // The adjustment.

@@ -2,6 +2,7 @@
 // What the host checks before it believes anything in a request: sizes, characters, the parameters a
 // kind of request takes, and typed reading of save-record fields with clerk-readable refusals.
 
+#include "messaging/protocolwords.h"
 #include "messaging/request.h"
 #include "messaging/result.h"
 
@@ -19,7 +20,8 @@ inline constexpr qsizetype kMaxParams = 16;
 inline constexpr qsizetype kMaxParamValueChars = 64;
 inline constexpr qsizetype kMaxRecordLists = 8;
 inline constexpr qsizetype kMaxRecordsPerList = 500;
-inline constexpr qsizetype kMaxFieldChars = 2000;  // comments; every other field is far shorter
+// Comments, the longest fields: as long as the comment columns hold and the screens' comment boxes take.
+inline constexpr qsizetype kMaxFieldChars = messaging::limits::CommentLength;
 inline constexpr qsizetype kMaxCodeChars = 20;
 inline constexpr qsizetype kMaxRequestIdChars = 64;
 inline constexpr qsizetype kMaxUserChars = 16;

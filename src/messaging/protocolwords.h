@@ -80,6 +80,13 @@ inline const QString Applied = QStringLiteral("APPLIED");
 inline const QString NotApplied = QStringLiteral("NOT APPLIED");
 }  // namespace saveoutcomes
 
+// The longest comment the host keeps, in characters: an adjustment's (ADJSTMT_CMMT_TXT) and an activity row's
+// (ACTVTY_CMMT_TXT). The screens' comment boxes take no more; the host refuses a longer field of a save, and
+// shortens the activity text it writes itself (what a save changed, then the comment) to fit.
+namespace limits {
+inline constexpr int CommentLength = 2000;
+}  // namespace limits
+
 // Record sets a save sends. Several share their name with a reply section but not their fields.
 namespace saverecords {
 inline const QString AccountActivity = QStringLiteral("ACCOUNTACTIVITY");

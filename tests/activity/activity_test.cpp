@@ -157,6 +157,55 @@ TEST_F(ActivityTest, TheSameEntryCannotBeAddedTwice) {
   EXPECT_EQ(rows().recordCount(), 5);
 }
 
+// The detail screen keeps what an earlier visit handed back until it is saved; the next visit shows it again.
+TEST_F(ActivityTest, ChangesOfAnEarlierVisitAreShownAgainAndHandedBackAgain) {
+  open();
+  choose(rowOf(u"1"_s));
+  screen().mTxtComment.setText(u"Left a second message"_s);
+  ASSERT_TRUE(click(A::UpdateButton));
+  ASSERT_TRUE(click(A::ClearEntryButton));
+  enter(kToday, u"LTR"_s, u"Letter handed over"_s);
+  ASSERT_TRUE(click(A::AddButton));
+  const messaging::RecordSet earlier = screen().changedRows();
+  ASSERT_EQ(earlier.recordCount(), 2);
+
+  m_screen = std::make_unique<A>(m_set.services);
+  m_screen->setARNumber(u"1000011-5"_s);
+  m_screen->setARType(u"C"_s);
+  m_screen->LoadActivity(testsupport::replyWith({{u"ACCOUNTACTIVITY"_s, logRows()}}));
+  m_screen->keepChanges(earlier);
+  m_screen->setVisible(true);
+  ASSERT_EQ(rows().recordCount(), 5);
+  EXPECT_EQ(value(rowOf(u"1"_s), u"ACTVTY_CMMT_TXT"_s), u"Left a second message"_s);
+  EXPECT_EQ(value(rowOf(u"1"_s), u"ACTION"_s), u"UPD"_s);
+  EXPECT_EQ(value(0, u"ACTVTY_CMMT_TXT"_s), u"Letter handed over"_s);  // newest first
+  EXPECT_EQ(value(0, u"ACTION"_s), u"ADD"_s);
+  // The entry is still the officer's own: typed again, it is a duplicate.
+  enter(kToday, u"LTR"_s, u"Letter handed over"_s);
+  click(A::AddButton);
+  EXPECT_EQ(m_set.ui.boxTexts().last(), u" Can not add duplicate information\r\n"_s);
+  EXPECT_TRUE(screen().mCmdActivity[A::SaveButton].isEnabled());
+  ASSERT_TRUE(click(A::SaveButton));
+  EXPECT_TRUE(screen().SaveChange());
+  EXPECT_EQ(screen().changedRows().recordCount(), 2);
+}
+
+// The officer's id on a row is the same id whatever its case, as it is everywhere else on the screen.
+TEST_F(ActivityTest, AnEntryOfTheOfficerUnderTheIdInAnotherCaseIsADuplicate) {
+  open();
+  const int row = rowOf(u"1"_s);
+  ASSERT_GE(row, 0);
+  ASSERT_TRUE(rows().updateAt(rows().bookmarkAt(row), rows().fieldIndex(u"LST_UPDT_USER_ID"_s), u"ofc7"_s));
+  enter(QDate(2024, 3, 1), u"CALL"_s, u"Left a message"_s);
+  click(A::AddButton);
+  EXPECT_EQ(m_set.ui.boxTexts(), QStringList{u" Can not add duplicate information\r\n"_s});
+  EXPECT_EQ(rows().recordCount(), 4);
+  // Another officer's entry stays no duplicate.
+  ASSERT_TRUE(rows().updateAt(rows().bookmarkAt(row), rows().fieldIndex(u"LST_UPDT_USER_ID"_s), u"ofc77"_s));
+  ASSERT_TRUE(click(A::AddButton));
+  EXPECT_EQ(rows().recordCount(), 5);
+}
+
 TEST_F(ActivityTest, ChangingARowToEqualAnotherIsNotChecked) {
   open();
   choose(rowOf(u"4"_s));

@@ -374,7 +374,6 @@ TEST_F(AccDetailTest, ClosingWhileASaveIsPendingTellsTheOpenerToReload) {
   mark(A::AvailableGrid, 0);
   enter();
   screen().SaveData();
-  m_set.ui.queueAnswer(MsgAnswer::No);
   screen().mCmdButton[A::CloseButton].click();
   EXPECT_FALSE(screen().isVisible());
   EXPECT_TRUE(screen().AccountChanged());

@@ -218,6 +218,19 @@ TEST_P(ArAdjustment, TheRulesOfAnAdjustmentAreEnforcedAndNothingIsWritten) {
   }
 }
 
+// A comment is kept whole up to 2,000 characters; a longer one is refused, naming the limit, before anything is
+// written; and the activity row a save writes (what it changed, then the comment) is shortened to fit.
+TEST_P(ArAdjustment, ACommentLongerThanTheHostKeepsIsRefusedNamingTheLimit) {
+  expectRefused(change(u"F02"_s, u"I"_s, QString(2001, u'x')), u"is longer than 2000 characters"_s);
+  const QString longest = QString(1999, u'y') + u'z';
+  ok(change(u"F02"_s, u"I"_s, longest));
+  EXPECT_EQ(value(u"SELECT ADJSTMT_CMMT_TXT FROM ADJSTMT WHERE ADJSTMT_CMMT_TXT LIKE 'yyy%'"_s).toString(), longest);
+  const QString logged =
+      value(u"SELECT ACTVTY_CMMT_TXT FROM ACCT_ACTVTY WHERE ACCT_ACTVTY_CD = 'ADJ' AND ACTVTY_CMMT_TXT LIKE 'Removed F02%'"_s)
+          .toString();
+  EXPECT_EQ(logged.size(), 2000);
+}
+
 TEST_P(ArAdjustment, AClerkWithoutTheRightIsRefusedWhateverTheScreenAllowed) {
   expectRefused(change(u"F02"_s, u"I"_s, u"x"_s, demo::Clerk), u"does not hold the right ADJUSTAR"_s);
 }
@@ -402,6 +415,21 @@ TEST_P(Activity, ClerksAddRowsUnderTheirOwnNameAndNoDuplicates) {
   Fields first = row;
   first[3].second = u"1997-01-27"_s;
   ok(activitySave(demo::Verifier, first));
+}
+
+TEST_P(Activity, AnActivityCommentLongerThanTheHostKeepsIsRefusedNamingTheLimit) {
+  Fields row = {{u"ACTION"_s, u"ADD"_s},
+                {u"ACCT_RCVBL_NBR"_s, u"1000011"_s},
+                {u"ACCT_RCVBL_TYP_CD"_s, u"C"_s},
+                {u"ACTVTY_DT"_s, today().toString(Qt::ISODate)},
+                {u"ACCT_ACTVTY_CD"_s, u"LTR"_s},
+                {u"ACTVTY_CMMT_TXT"_s, QString(2001, u'n')},
+                {u"LST_UPDT_USER_ID"_s, demo::Verifier}};
+  expectRefused(activitySave(demo::Verifier, row), u"is longer than 2000 characters"_s);
+  row[5].second = QString(2000, u'n');
+  ok(activitySave(demo::Verifier, row));
+  const Reply read = activityRows();
+  EXPECT_GE(findRow(read, u"ACCOUNTACTIVITY"_s, u"ACTVTY_CMMT_TXT"_s, QString(2000, u'n')), 0);
 }
 
 TEST_P(Activity, RowsMayBeChangedByTheirOfficerOrWithTheRightButNeverSystemRows) {
