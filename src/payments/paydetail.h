@@ -14,6 +14,7 @@
 // watch's; a transfer or refund completed on the screens this one opens counts as an account change too.
 
 #include "refundhandover.h"
+#include "transpayment.h"
 
 #include "messaging/recordset.h"
 #include "messaging/reply.h"
@@ -46,8 +47,7 @@ class QORVA_PayDetail : public screencore::ModalScreen {
 public:
   static inline const QString kFormName = QStringLiteral("QORVA_PayDetail");
   static inline const QString kCaption = QStringLiteral("Receipt Detail");
-  static inline const QString kNoConnection =
-      QStringLiteral("No connection.  Check back later to see if your request saved.");
+  static inline const QString& kNoConnection = QORVA_TransPayment::kNoConnection;
   // Placeholder of a refund number that is not known yet.
   static inline const QString kNoRefundNumber = QStringLiteral("0000000-0");
   // How often the refund-number watch asks the number service again.

@@ -38,7 +38,8 @@ QORVA_TransPayment::QORVA_TransPayment(platform::Services& services, QObject* pa
                        QORVA_Payment1.reset();
                      }
                    },
-               .updateTimeout = [this] { UpdateTimeout(); }},
+               .updateTimeout = [this] { UpdateTimeout(); },
+               .tickStatus = kNoConnection},
               &mTimUpdateTimeout),
       m_instance(g_instances++) {
   QORVA_Payment1.setCheckDigit(&services.checkDigit);

@@ -364,6 +364,22 @@ TEST_F(TransferTest, ARefusedTransferKeepsTheEntry) {
   EXPECT_FALSE(screen().AccountChanged());
 }
 
+TEST_F(TransferTest, AnUnansweredTransferIsWarnedAboutAndEndsWithTheNoConnectionText) {
+  open();
+  transfer([&](T& t) {
+    enterLine(t, numberFor(u"1000011"_s), u"100.00"_s);
+    t.mCmd[T::SaveButton].click();
+    ASSERT_EQ(t.SaveState(), u"SAVEPENDING");
+    ASSERT_TRUE(t.mTimUpdateTimeout.fire());
+    EXPECT_EQ(m_set.ui.lastBox().text, screencore::SaveWatch::kNoResponseWarning);
+    EXPECT_EQ(m_set.ui.lastBox().icon, MsgIcon::Exclamation);
+    EXPECT_EQ(m_set.statusBar.text(), u"No connection.  Check back later to see if your request saved.");
+    EXPECT_TRUE(t.SaveState().isEmpty());
+    t.mCmd[T::CloseButton].click();
+  });
+  EXPECT_TRUE(screen().AccountChanged());
+}
+
 TEST_F(PayDetailTest, FormTerminateResetsOnlyAnEntryHeldByAnOutstandingSaveAndZeroSendsNoRecords) {
   const auto made = [&] {
     auto t = std::make_unique<T>(m_set.services);
