@@ -83,6 +83,9 @@ public:
   platform::Timer mTimUpdateTimeout{QStringLiteral("mTimUpdateTimeout")};
 
 private:
+  // A transfer the host answered, or must be taken as applied: the amount it held leaves the open excess
+  // and the entry starts again with one empty line.
+  void takeHeldTransfer();
   void loaded() override { Form_Load(); }
 
   screencore::SaveWatch m_watch;

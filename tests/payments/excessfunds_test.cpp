@@ -380,6 +380,42 @@ TEST_F(TransferTest, AnUnansweredTransferIsWarnedAboutAndEndsWithTheNoConnection
   EXPECT_TRUE(screen().AccountChanged());
 }
 
+// A transfer answered, or taken as applied after a time-out, is no longer open: a second transfer from the
+// same screen draws on what is left, in a fresh entry of one empty line.
+TEST_F(TransferTest, ASecondTransferDrawsOnWhatTheFirstLeftOpen) {
+  for (const bool timesOut : {false, true}) {
+    SCOPED_TRACE(timesOut ? "timed out" : "answered");
+    open();
+    m_set.ui.clearRecord();
+    transfer([&](T& t) {
+      enterLine(t, numberFor(u"1000011"_s), u"100.00"_s);
+      t.mCmd[T::SaveButton].click();
+      ASSERT_EQ(t.SaveState(), u"SAVEPENDING");
+      if (timesOut) {
+        t.mNcsbMessage_MsgTimeout();
+        messaging::Reply late;
+        late.error = u"The request timed out."_s;
+        answer(late);
+      } else {
+        answer(receiptReply(standard()));
+      }
+      ASSERT_TRUE(t.SaveState().isEmpty());
+      ASSERT_EQ(t.QORVA_Payment1.lineCount(), 1);
+      EXPECT_TRUE(t.QORVA_Payment1.line(0).amount.isEmpty());
+      EXPECT_EQ(t.QORVA_Payment1.excessAmount(), platform::Currency::fromCents(2500));
+      m_set.ui.clearRecord();
+      const qsizetype before = m_set.link.requestCount();
+      enterLine(t, numberFor(u"1000029"_s), u"30.00"_s);
+      t.mCmd[T::SaveButton].click();
+      ASSERT_EQ(m_set.ui.boxCount(), 1);
+      EXPECT_EQ(m_set.ui.lastBox().text, u"The transfer of $30.00 is more than the excess fund of $25.00\r\n");
+      EXPECT_EQ(m_set.link.requestCount(), before);
+      t.mCmd[T::CloseButton].click();
+    });
+    EXPECT_TRUE(screen().AccountChanged());
+  }
+}
+
 TEST_F(PayDetailTest, FormTerminateResetsOnlyAnEntryHeldByAnOutstandingSaveAndZeroSendsNoRecords) {
   const auto made = [&] {
     auto t = std::make_unique<T>(m_set.services);
