@@ -329,6 +329,8 @@ void QORVA_PayDetail::SendReceiptPI() {
     m_services.statusBar.setText(status);
     m_msgTheme = status;
     m_requestId = screencore::sendRequest(message, *this);
+    // An inquiry, not a save: a time-out noticed before belongs to an earlier request.
+    m_watch.requestSent();
     m_services.ui.setPointer(platform::Pointer::Hourglass);
   });
 }
@@ -346,6 +348,7 @@ void QORVA_PayDetail::SendCreateRefundPI() {
     m_services.statusBar.setText(status);
     m_msgTheme = status;
     m_requestId = screencore::sendRequest(message, *this);
+    m_watch.requestSent();
     m_services.ui.setPointer(platform::Pointer::Hourglass);
     // The worksheet will want a refund number: have the number service fetch one ahead.
     m_services.numbers.prefetch(QStringLiteral("F"));

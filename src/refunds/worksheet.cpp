@@ -207,7 +207,7 @@ void QORVA_WorkSheet::requestFormNumber() {
                                                                 words::requestcodes::NextNumber);
   message.addParameter(marventoParameter(words::params::NbrTypCd, kRefundNumberType));
   m_requestId = screencore::sendRequest(message, *this);
-  m_timedOut = false;
+  m_watch.requestSent();
   m_services.ui.setPointer(platform::Pointer::Hourglass);
 }
 
@@ -299,7 +299,7 @@ void QORVA_WorkSheet::SendInProgressRefundPI() {
     message.addParameter(marventoParameter(words::params::CustId, m_customerId));
     message.addParameter(marventoParameter(words::params::RefundNbr, m_refundNumber));
     m_requestId = screencore::sendRequest(message, *this);
-    m_timedOut = false;
+    m_watch.requestSent();
     m_services.statusBar.setText(QStringLiteral("Requesting Worksheet Details for Refund number ") + m_refundNumber);
     m_services.ui.setPointer(platform::Pointer::Hourglass);
   });
@@ -308,10 +308,7 @@ void QORVA_WorkSheet::SendInProgressRefundPI() {
 // --- replies -------------------------------------------------------------------------------------------------
 
 void QORVA_WorkSheet::mNcsbMessage_MsgTimeout() {
-  trap(m_services, QStringLiteral("QORVA_Worksheet.mNcsbMessage_MsgTimeout"), [&] {
-    m_timedOut = true;
-    m_watch.timeoutNoticed();
-  });
+  trap(m_services, QStringLiteral("QORVA_Worksheet.mNcsbMessage_MsgTimeout"), [&] { m_watch.timeoutNoticed(); });
 }
 
 void QORVA_WorkSheet::rollBackStepCode() {
@@ -347,7 +344,7 @@ void QORVA_WorkSheet::mNcsbMessage_DataReady(const QString& replyTo, const messa
       // The box, then after a time-out notice UpdateTimeout (or the refund number message) and "Search timed
       // out"; otherwise the save refused and "Search was not successful".
       m_watch.failed(error);
-      if (!m_timedOut) {
+      if (!m_watch.MsgTimedOut()) {
         m_action.clear();
       }
       raise(AppError::LeaveEarly);
@@ -373,7 +370,7 @@ void QORVA_WorkSheet::mNcsbMessage_DataReady(const QString& replyTo, const messa
       mLblData[StatusLabel].setCaption(QStringLiteral("VOIDED"));
       m_action.clear();
     }
-    if (!m_timedOut) {
+    if (!m_watch.MsgTimedOut()) {
       m_services.statusBar.setText(title::Ready);
     }
     if (m_savedOrVoided) {
@@ -660,7 +657,6 @@ void QORVA_WorkSheet::SaveData() {
       LoadVoidRefundDTD(message);
     }
     m_requestId = screencore::sendRequest(message, *this);
-    m_timedOut = false;
     m_saveSent = true;
     m_watch.saveSent(m_requestId, (isVoid() ? QStringLiteral("the void of refund worksheet %1")
                                             : QStringLiteral("the step of refund worksheet %1"))

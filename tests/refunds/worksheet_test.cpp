@@ -453,6 +453,24 @@ TEST_F(WorkSheetTest, ANumberThatTimedOutSaysSo) {
   EXPECT_EQ(m_set.statusBar.text(), u"Search timed out");
 }
 
+// One time-out flag: the details asked for again after a timed-out request are their own request, and their
+// refusal is a failed search (the step chosen is cleared), not a time-out.
+TEST_F(WorkSheetTest, DetailsAskedForAgainAfterATimeOutAreRefusedAsAFailedSearch) {
+  W& s = openExisting(u"2"_s);
+  s.SendInProgressRefundPI();
+  s.mNcsbMessage_MsgTimeout();
+  answerError(u"The host did not answer in time."_s);
+  ASSERT_EQ(m_set.statusBar.text(), u"Search timed out");
+  ASSERT_TRUE(s.MsgTimedOut());
+
+  s.SendInProgressRefundPI();
+  EXPECT_FALSE(s.MsgTimedOut());
+  s.setAction(u"VOID"_s);
+  answerError(u"Refund worksheet 3000002 was not found."_s);
+  EXPECT_EQ(m_set.statusBar.text(), u"Search was not successful");
+  EXPECT_EQ(s.Action(), u"");
+}
+
 TEST_F(WorkSheetTest, ClosingForgetsTheRefundNumberAndHides) {
   W& s = openExisting(u"1"_s);
   s.mCmdButton[W::CloseButton].click();
