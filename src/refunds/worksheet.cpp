@@ -217,6 +217,13 @@ void QORVA_WorkSheet::enableStepInputs() {
   const bool early = m_stepCode == u"0" || m_stepCode == u"1" || m_stepCode == u"2";
   mFra[ReceiverFrame].setEnabled(early);
   mTxtRefund[HeadquartersComment].setEnabled(early);
+  // Once refunded or transferred (or closed) a worksheet can no longer be voided, and what the refunding
+  // officer entered stands.
+  const bool done = m_stepCode == u"4" || m_stepCode == u"T" || m_stepCode == u"5" || m_stepCode == u"V";
+  if (done) {
+    mCmdButton[VoidButton].setEnabled(false);
+    mFraRefund.setEnabled(false);
+  }
 }
 
 void QORVA_WorkSheet::LoadMe(const QString& customerId, const QString& statusCode, const QString& refundNumber,
@@ -355,12 +362,13 @@ void QORVA_WorkSheet::mNcsbMessage_DataReady(const QString& replyTo, const messa
       m_services.ui.setPointer(platform::Pointer::Default);
       return;
     }
+    // Ends the pending save first: unlocking restores the inputs as they were before the save, and the
+    // step the answer shows then sets its own.
+    m_watch.answered();
     if (m_loadedFromOutside) {
       FillRefundWorkSheetInfo(reply);
     }
     m_dataChanged = false;
-    // Ends the pending save first: unlocking restores the step's buttons, which the save's outcome then sets.
-    m_watch.answered();
     if (m_action == u"ISSUE") {
       m_refundNumber.clear();
     }

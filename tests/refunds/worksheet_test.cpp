@@ -392,6 +392,34 @@ TEST_F(WorkSheetTest, ASavePendingLocksTheScreenUntilTheHostAnswers) {
   EXPECT_EQ(m_set.ui.pointer(), platform::Pointer::Default);
 }
 
+// The answer to a step shows the worksheet at its new step; unlocking after the save does not give back
+// what the new step takes away.
+TEST_F(WorkSheetTest, TheAnsweredStepsControlsWinOverTheUnlockAfterTheSave) {
+  W& s = openExisting(u"2"_s);
+  ASSERT_TRUE(s.mFra[W::ReceiverFrame].isEnabled());
+  s.mCmdButton[W::SaveButton].click();
+  ASSERT_EQ(s.SaveState(), u"SAVEPENDING") << s.ErrorText().toStdString();
+  answer(worksheetReply(worksheetAt(u"3"_s)));
+  EXPECT_EQ(s.SaveState(), u"");
+  EXPECT_EQ(s.StepCode(), u"3");
+  EXPECT_FALSE(s.mFra[W::ReceiverFrame].isEnabled());
+  EXPECT_FALSE(s.mTxtRefund[W::HeadquartersComment].isEnabled());
+
+  W& r = openExisting(u"3"_s);
+  r.mRdo[W::Refunded].setValue(true);
+  r.mTxt[W::WarrantNumberBox].setText(u"W-5501"_s);
+  ASSERT_TRUE(enabled(W::VoidButton));
+  r.mCmdButton[W::SaveButton].click();
+  ASSERT_EQ(r.SaveState(), u"SAVEPENDING") << r.ErrorText().toStdString();
+  answer(worksheetReply(worksheetAt(u"4"_s)));
+  EXPECT_EQ(r.StepCode(), u"4");
+  EXPECT_FALSE(enabled(W::VoidButton)) << "a refunded worksheet can not be voided";
+  EXPECT_FALSE(r.mFraRefund.isEnabled());
+  EXPECT_FALSE(enabled(W::SaveButton));
+  EXPECT_TRUE(enabled(W::PrintButton));
+  EXPECT_TRUE(enabled(W::CloseButton));
+}
+
 TEST_F(WorkSheetTest, ARefusedNewWorksheetStepsBackAndMayBeSavedAgain) {
   W& s = openNew();
   s.mRdo[W::ToTaxpayer].setValue(true);
