@@ -71,8 +71,9 @@ QORVA_WorkSheet::QORVA_WorkSheet(platform::Services& services, QObject* parent)
                .assumeApplied = {},
                .updateTimeout =
                    [this] {
-                     if (m_numberPending) {
-                       // It was the new refund number that did not come, not a save.
+                     if (m_numberPending && !m_watch.isPending()) {
+                       // It was the new refund number that did not come, not a save (a pending save owns
+                       // every answer: it was sent after the number request and replaced it).
                        m_services.ui.messageBox(kCannotGenerateNumber, platform::MsgButtons::Ok,
                                                 platform::MsgIcon::Critical, title::messageTitle());
                        m_numberPending = false;
@@ -356,7 +357,7 @@ void QORVA_WorkSheet::mNcsbMessage_DataReady(const QString& replyTo, const messa
       }
       raise(AppError::LeaveEarly);
     }
-    if (m_numberPending) {
+    if (m_numberPending && !m_watch.isPending()) {
       takeFormNumber(reply);
       m_services.statusBar.setText(title::Ready);
       m_services.ui.setPointer(platform::Pointer::Default);

@@ -499,6 +499,38 @@ TEST_F(WorkSheetTest, DetailsAskedForAgainAfterATimeOutAreRefusedAsAFailedSearch
   EXPECT_EQ(s.Action(), u"");
 }
 
+// A number request refused without a time-out leaves the number pending; should a number reach the label by
+// another way and a save be sent, the save owns the answers that follow: its time-out concludes it, and its
+// answer is not read as a refund number.
+TEST_F(WorkSheetTest, ASaveSentWhileANumberIsPendingOwnsItsAnswers) {
+  for (const bool timesOut : {true, false}) {
+    SCOPED_TRACE(timesOut ? "timed out" : "answered");
+    W& s = openNew(u""_s);
+    answerError(u"The refund number series is closed."_s);
+    ASSERT_TRUE(s.NumberPending());
+    s.mLblData[W::RefundNumberLabel].setCaption(u"3000009"_s);
+    s.mRdo[W::ToTaxpayer].setValue(true);
+    s.mTxtRefund[W::HeadquartersComment].setText(u"Overpaid"_s);
+    m_set.ui.clearRecord();
+    s.mCmdButton[W::SaveButton].click();
+    ASSERT_EQ(s.SaveState(), u"SAVEPENDING") << s.ErrorText().toStdString();
+    if (timesOut) {
+      s.mNcsbMessage_MsgTimeout();
+      answerError(u"The host did not answer in time."_s);
+      EXPECT_FALSE(m_set.ui.boxTexts().contains(
+          u"System could not generate refund number right now.\r\nPlease try again later."_s));
+      EXPECT_EQ(m_set.statusBar.text(), u"Search timed out");
+    } else {
+      answer(worksheetReply(worksheetAt(u"1"_s)));
+      EXPECT_EQ(m_set.ui.boxCount(), 0) << m_set.ui.lastBox().text.toStdString();
+      EXPECT_TRUE(s.GetSavedVoidedFlag());
+    }
+    EXPECT_EQ(s.SaveState(), u"");
+    EXPECT_TRUE(s.AccountChanged());
+    EXPECT_TRUE(enabled(W::CloseButton));
+  }
+}
+
 TEST_F(WorkSheetTest, ClosingForgetsTheRefundNumberAndHides) {
   W& s = openExisting(u"1"_s);
   s.mCmdButton[W::CloseButton].click();
