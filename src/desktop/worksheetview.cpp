@@ -12,16 +12,20 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QPlainTextEdit>
 #include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QVBoxLayout>
 
+#include <tuple>
+
 namespace adjustacc::desktop {
 
 using refunds::QORVA_WorkSheet;
 using W = refunds::QORVA_WorkSheet;
+static_assert(W::StepCount == 6, "WorkSheetView keeps one label per worksheet step");
 
 namespace {
 
@@ -67,6 +71,53 @@ void bindCommentBox(platform::TextBox& box, QPlainTextEdit& widget) {
   });
 }
 
+// A moment in the clerk's short date and time, in the clerk's time zone.
+QString shortMoment(const QDateTime& moment) {
+  return QLocale().toString(moment.toLocalTime(), QLocale::ShortFormat);
+}
+
+// Under an officer label (which shows the id): the officer's name, and on the next line when the step was taken.
+QString officerStepText(const refunds::WorksheetStep& step) {
+  QStringList parts;
+  if (!step.officerName.isEmpty()) {
+    parts.append(step.officerName);
+  }
+  if (step.takenAt.isValid()) {
+    parts.append(shortMoment(step.takenAt));
+  }
+  return parts.join(u'\n');
+}
+
+// "Riley Okafor (VERIFY01)", or the id alone when the host knows no name for it.
+QString officerNamed(const refunds::WorksheetStep& step) {
+  if (step.officerName.isEmpty()) {
+    return step.officerId;
+  }
+  return step.officerId.isEmpty() ? step.officerName
+                                  : QStringLiteral("%1 (%2)").arg(step.officerName, step.officerId);
+}
+
+// The mailing and the void, which have no officer label: "Voided by Riley Okafor (VERIFY01) on 2/21/24 11:11 AM".
+QString eventText(const QString& done, const refunds::WorksheetStep& step) {
+  QString text = done;
+  if (!step.officerId.isEmpty() || !step.officerName.isEmpty()) {
+    text += WorkSheetView::tr(" by %1").arg(officerNamed(step));
+  }
+  if (step.takenAt.isValid()) {
+    text += WorkSheetView::tr(" on %1").arg(shortMoment(step.takenAt));
+  }
+  return text;
+}
+
+QLabel* makeStepLabel(QWidget* parent, int step) {
+  auto* label = new QLabel(parent);
+  label->setObjectName(QStringLiteral("stepRecord") + QString::number(step));
+  label->setTextFormat(Qt::PlainText);
+  label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  label->setWordWrap(true);
+  return label;
+}
+
 }  // namespace
 
 WorkSheetView::WorkSheetView(QORVA_WorkSheet& form, QWidget* parent) : FormView(form, parent), m_form(form) {
@@ -94,6 +145,11 @@ WorkSheetView::WorkSheetView(QORVA_WorkSheet& form, QWidget* parent) : FormView(
   header->addWidget(new QLabel(tr("rcptnbr:"), this), 1, 2, Qt::AlignRight);
   header->addWidget(m_data[W::ReceiptNumberLabel], 1, 3);
   header->itemAtPosition(1, 2)->widget()->setVisible(false);
+  for (int step = 0; step < W::StepCount; ++step) {
+    m_steps[step] = makeStepLabel(this, step);
+  }
+  // Who voided the worksheet and when, once it is voided.
+  header->addWidget(m_steps[W::VoidedStep], 2, 1, 1, 3);
   header->setColumnStretch(1, 1);
   header->setColumnStretch(3, 1);
   layout->addLayout(header);
@@ -138,12 +194,20 @@ WorkSheetView::WorkSheetView(QORVA_WorkSheet& form, QWidget* parent) : FormView(
     m_comments[index]->setMaximumHeight(80);
   }
   headquarters->addRow(tr("TARVOSK Headquarters Comment:"), m_comments[W::HeadquartersComment]);
-  auto* officers = new QHBoxLayout;
-  for (const auto& [caption, index] : {std::pair{QT_TR_NOOP("Prepared By:"), W::PreparedByLabel},
-                                       {QT_TR_NOOP("Verified By:"), W::VerifiedByLabel},
-                                       {QT_TR_NOOP("Approved By:"), W::ApprovedByLabel}}) {
-    officers->addWidget(new QLabel(tr(caption), this));
-    officers->addWidget(m_data[index], 1);
+  // Each officer's id (which the clerk compares), and under it the officer's name and when the step was taken.
+  auto* officers = new QGridLayout;
+  officers->setHorizontalSpacing(8);
+  officers->setVerticalSpacing(2);
+  int column = 0;
+  for (const auto& [caption, index, step] :
+       {std::tuple{QT_TR_NOOP("Prepared By:"), W::PreparedByLabel, W::PreparedStep},
+        {QT_TR_NOOP("Verified By:"), W::VerifiedByLabel, W::VerifiedStep},
+        {QT_TR_NOOP("Approved By:"), W::ApprovedByLabel, W::ApprovedStep}}) {
+    officers->addWidget(new QLabel(tr(caption), this), 0, column, Qt::AlignRight | Qt::AlignVCenter);
+    officers->addWidget(m_data[index], 0, column + 1);
+    officers->addWidget(m_steps[step], 1, column + 1, Qt::AlignTop);
+    officers->setColumnStretch(column + 1, 1);
+    column += 2;
   }
   headquarters->addRow(QString(), officers);
   layout->addLayout(headquarters);
@@ -171,13 +235,15 @@ WorkSheetView::WorkSheetView(QORVA_WorkSheet& form, QWidget* parent) : FormView(
   m_dates[W::RefundDatePicker]->setObjectName(QStringLiteral("QORVA_DTP10"));
   refundLayout->addWidget(new QLabel(tr("Refund Date:"), m_refundFrame), 1, 2, Qt::AlignRight);
   refundLayout->addWidget(m_dates[W::RefundDatePicker], 1, 3);
+  m_steps[W::RefundedStep]->setParent(m_refundFrame);
+  refundLayout->addWidget(m_steps[W::RefundedStep], 2, 1, Qt::AlignTop);
   m_warrant = new QLineEdit(m_refundFrame);
   m_warrant->setObjectName(QStringLiteral("mTxt0"));
-  refundLayout->addWidget(new QLabel(tr("Warrant #:"), m_refundFrame), 2, 0, Qt::AlignRight);
-  refundLayout->addWidget(m_warrant, 2, 1);
+  refundLayout->addWidget(new QLabel(tr("Warrant #:"), m_refundFrame), 3, 0, Qt::AlignRight);
+  refundLayout->addWidget(m_warrant, 3, 1);
   m_comments[W::FiscalComment]->setParent(m_refundFrame);
-  refundLayout->addWidget(new QLabel(tr("DMV Fiscal Comment:"), m_refundFrame), 3, 0, Qt::AlignRight | Qt::AlignTop);
-  refundLayout->addWidget(m_comments[W::FiscalComment], 3, 1, 1, 3);
+  refundLayout->addWidget(new QLabel(tr("DMV Fiscal Comment:"), m_refundFrame), 4, 0, Qt::AlignRight | Qt::AlignTop);
+  refundLayout->addWidget(m_comments[W::FiscalComment], 4, 1, 1, 3);
   refundLayout->setColumnStretch(1, 1);
   refundLayout->setColumnStretch(3, 1);
   layout->addWidget(m_refundFrame);
@@ -191,7 +257,8 @@ WorkSheetView::WorkSheetView(QORVA_WorkSheet& form, QWidget* parent) : FormView(
   m_dates[W::DateMailedPicker]->setObjectName(QStringLiteral("QORVA_DTP11"));
   mailed->addWidget(mailedCaption);
   mailed->addWidget(m_dates[W::DateMailedPicker]);
-  mailed->addStretch(1);
+  mailed->addSpacing(12);
+  mailed->addWidget(m_steps[W::MailedStep], 1);
   layout->addLayout(mailed);
   layout->addStretch(1);
 
@@ -232,12 +299,36 @@ WorkSheetView::WorkSheetView(QORVA_WorkSheet& form, QWidget* parent) : FormView(
     tabOrder().add(form.mCmdButton[index], *m_buttons[index]);
   }
   tabOrder().apply();
-  setMinimumSize(820, 640);
-  resize(940, 720);
+  showStepRecords();
+  connect(&form, &QORVA_WorkSheet::stepRecordsChanged, this, &WorkSheetView::showStepRecords);
+  setMinimumSize(820, 660);
+  resize(940, 760);
+}
+
+void WorkSheetView::showStepRecords() {
+  for (const int step : {W::PreparedStep, W::VerifiedStep, W::ApprovedStep, W::RefundedStep}) {
+    const refunds::WorksheetStep& record = m_form.stepRecord(static_cast<W::Steps>(step));
+    m_steps[step]->setText(officerStepText(record));
+    m_steps[step]->setToolTip(record.takenAt.isValid()
+                                  ? tr("%1 on %2").arg(officerNamed(record),
+                                                       QLocale().toString(record.takenAt.toLocalTime(),
+                                                                          QLocale::LongFormat))
+                                  : QString());
+  }
+  const refunds::WorksheetStep& mailed = m_form.stepRecord(W::MailedStep);
+  m_steps[W::MailedStep]->setText(mailed.takenAt.isValid() ? eventText(tr("Recorded"), mailed) : QString());
+  const refunds::WorksheetStep& voided = m_form.stepRecord(W::VoidedStep);
+  const bool isVoided = !voided.officerId.isEmpty() || voided.takenAt.isValid();
+  m_steps[W::VoidedStep]->setText(isVoided ? eventText(tr("Voided"), voided) : QString());
+  m_steps[W::VoidedStep]->setVisible(isVoided);
 }
 
 QLabel* WorkSheetView::dataLabel(int index) const {
   return index >= 0 && index < m_data.size() ? m_data[index] : nullptr;
+}
+
+QLabel* WorkSheetView::stepLabel(int step) const {
+  return step >= 0 && step < W::StepCount ? m_steps[step] : nullptr;
 }
 
 QPushButton* WorkSheetView::button(int index) const { return index >= 0 && index < 4 ? m_buttons[index] : nullptr; }

@@ -2,7 +2,8 @@
 // The "Refund Worksheet" dialog: the refund (number, amount, status), the customer's address block, who receives
 // the refund, the headquarters comment, the officers of each step, the refund frame (Refunded / Transferred,
 // Refund By, Refund Date, Warrant #, the fiscal comment), the date mailed, and the buttons Save, Void, Print and
-// Close. The screen shows and hides the refund frame and the date mailed at their steps and enables only what
+// Close. Beside each officer's id the officer's name and when the step was taken; the mailing's and the void's
+// officer and time where they apply. The screen shows and hides the refund frame and the date mailed at their steps and enables only what
 // the signed-on officer may do there.
 
 #include "formview.h"
@@ -34,12 +35,18 @@ public:
   QLineEdit* warrantBox() const { return m_warrant; }
   DateEdit* datePicker(int index) const;
   QGroupBox* refundFrame() const { return m_refundFrame; }
+  // Who took a step and when (QORVA_WorkSheet::Steps): beside the officer labels, after the date mailed, and
+  // under the status for a void.
+  QLabel* stepLabel(int step) const;
 
 protected:
   void closeRequested() override;
 
 private:
+  void showStepRecords();
+
   refunds::QORVA_WorkSheet& m_form;
+  QLabel* m_steps[6] = {};
   QList<QLabel*> m_data;
   QPushButton* m_buttons[4] = {};
   QRadioButton* m_options[5] = {};

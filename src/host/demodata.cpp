@@ -197,15 +197,28 @@ public:
 
   void worksheet(const QString& receipt, const QString& customer, const WorksheetSpec& w) {
     const auto text = [](const QString& value) { return value.isEmpty() ? kNull : QVariant(value); };
+    const QVariant noStamp = m_sql.dialect().timestampValue(QDateTime());
+    // Each step a working day or so after the one before, in office hours; the refund on its refund date, the
+    // mailing on the day mailed, recorded by the officer who refunded.
+    const auto stampIf = [&](bool taken, int dayOffset, const char* time) {
+      return taken ? stamp(dayOffset, QString::fromLatin1(time)) : noStamp;
+    };
+    const bool mailed = w.mailedOffset != 0;
     exec(QStringLiteral("INSERT INTO RFND_WRKSHT (RFND_NBR, RCPT_NBR, CUST_ID, RFND_AMT, RFND_TO_CD, DT_MLD, "
                         "CREATED_DT, CREATOR_ID, VERIFY_ID, APPROVE_ID, RFND_BY_ID, VOID_ID, DMV_CMMT_TXT, "
-                        "FISCAL_CMMT_TXT, RFND_CD, WRNT_NBR, RFND_DT, STTS_CD) "
-                        "VALUES (?, ?, ?, ?, '1', ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-         {w.number, receipt, customer, w.amount, w.mailedOffset != 0 ? day(w.mailedOffset) : m_sql.date(QDate()),
+                        "FISCAL_CMMT_TXT, RFND_CD, WRNT_NBR, RFND_DT, STTS_CD, CREATED_TS, VERIFY_TS, APPROVE_TS, "
+                        "RFND_BY_TS, MAILED_BY_ID, MAILED_TS, VOID_TS) "
+                        "VALUES (?, ?, ?, ?, '1', ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+         {w.number, receipt, customer, w.amount, mailed ? day(w.mailedOffset) : m_sql.date(QDate()),
           day(-12), demo::Admin, text(w.verifier), text(w.approver), text(w.refundedBy), text(w.voidedBy),
           QStringLiteral("Overpayment on receipt %1 returned to the taxpayer at the customer's request.").arg(receipt),
           text(w.fiscalComment), text(w.refundCode), text(w.warrant),
-          w.refundOffset != 0 ? day(w.refundOffset) : m_sql.date(QDate()), w.status});
+          w.refundOffset != 0 ? day(w.refundOffset) : m_sql.date(QDate()), w.status,
+          stamp(-12, QStringLiteral("09:30")), stampIf(!w.verifier.isEmpty(), -11, "10:15"),
+          stampIf(!w.approver.isEmpty(), -10, "14:20"),
+          stampIf(!w.refundedBy.isEmpty(), w.refundOffset != 0 ? w.refundOffset : -9, "11:05"),
+          mailed ? text(w.refundedBy) : kNull, stampIf(mailed, w.mailedOffset, "15:40"),
+          stampIf(!w.voidedBy.isEmpty(), -10, "16:00")});
     exec(QStringLiteral("INSERT INTO NBR_ISSUED (NBR_TYP_CD, NBR, OFFICER_ID, REQUEST_ID, ISSUED_TS, USED_IND) "
                         "VALUES ('F', ?, ?, ?, ?, 'Y')"),
          {w.number, demo::Admin, kNull, stamp(-12, QStringLiteral("09:00"))});

@@ -33,7 +33,8 @@ struct DatabaseOptions {
 // thread that opened it).
 messaging::Result<bool> openDatabase(const DatabaseOptions& options, const QString& connectionName);
 
-// Creates every table, index and sequence when absent (idempotent), on either database.
+// Creates every table, index and sequence when absent (idempotent), on either database, and brings the tables
+// of a database that an older host made up to this host's layout (schema.h, kSchemaVersion).
 messaging::Result<bool> createSchema(const QString& connectionName);
 
 // Fills an empty database with the demo set; dates are relative to `today` so the demo never ages.

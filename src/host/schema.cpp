@@ -2,6 +2,7 @@
 
 #include "hostsystem.h"
 #include "sqlutil.h"
+#include "transaction.h"
 
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -111,7 +112,9 @@ const Table kTables[] = {
      u"DT_MLD %DATE, CREATED_DT %DATE NOT NULL, CREATOR_ID VARCHAR(16) NOT NULL, VERIFY_ID VARCHAR(16), "
      u"APPROVE_ID VARCHAR(16), RFND_BY_ID VARCHAR(16), VOID_ID VARCHAR(16), DMV_CMMT_TXT VARCHAR(2000), "
      u"FISCAL_CMMT_TXT VARCHAR(2000), RFND_CD CHAR(1), WRNT_NBR VARCHAR(20), RFND_DT %DATE, "
-     u"STTS_CD CHAR(1) NOT NULL, ROW_VRSN_NBR BIGINT NOT NULL DEFAULT 1",
+     u"STTS_CD CHAR(1) NOT NULL, ROW_VRSN_NBR BIGINT NOT NULL DEFAULT 1, "
+     u"CREATED_TS %TS, VERIFY_TS %TS, APPROVE_TS %TS, RFND_BY_TS %TS, MAILED_BY_ID VARCHAR(16), MAILED_TS %TS, "
+     u"VOID_TS %TS",
      true},
     {u"ACCT_ACTVTY",
      u"ACTVTY_SEQ_NBR %ID, ACCT_RCVBL_ID BIGINT NOT NULL REFERENCES ACCT_RCVBL (ACCT_RCVBL_ID), "
@@ -138,6 +141,65 @@ const Table kTables[] = {
      u"BEFORE_TXT TEXT, AFTER_TXT TEXT",
      false},
 };
+
+// What each version of the layout adds to the one before, for databases made by an older host: the statements
+// that bring version - 1 up to version. A table made new already has it all (kTables is the latest layout).
+struct Upgrade {
+  int version;
+  const char16_t* statement;  // %ID, %DATE and %TS as in kTables
+};
+const Upgrade kUpgrades[] = {
+    // 2: when each step of a refund worksheet was taken, and who mailed the warrant.
+    {2, u"ALTER TABLE RFND_WRKSHT ADD COLUMN CREATED_TS %TS"},
+    {2, u"ALTER TABLE RFND_WRKSHT ADD COLUMN VERIFY_TS %TS"},
+    {2, u"ALTER TABLE RFND_WRKSHT ADD COLUMN APPROVE_TS %TS"},
+    {2, u"ALTER TABLE RFND_WRKSHT ADD COLUMN RFND_BY_TS %TS"},
+    {2, u"ALTER TABLE RFND_WRKSHT ADD COLUMN MAILED_BY_ID VARCHAR(16)"},
+    {2, u"ALTER TABLE RFND_WRKSHT ADD COLUMN MAILED_TS %TS"},
+    {2, u"ALTER TABLE RFND_WRKSHT ADD COLUMN VOID_TS %TS"},
+};
+
+QString withDialectTypes(QString text, const SqlDialect& dialect) {
+  return text.replace(QStringLiteral("%ID"), dialect.idColumn())
+      .replace(QStringLiteral("%DATE"), dialect.dateType())
+      .replace(QStringLiteral("%TS"), dialect.timestampType());
+}
+
+// Brings the tables of an existing database up to kSchemaVersion, in one transaction that first locks the
+// version row, so that two hosts starting on the same database do not both alter it.
+Result<bool> upgradeSchema(const Sql& sql) {
+  Transaction transaction(sql);
+  if (Result<bool> begun = transaction.begin(); !begun) {
+    return begun;
+  }
+  Result<std::optional<QVariantList>> row =
+      sql.firstRow(QStringLiteral("SELECT SCHEMA_VRSN FROM SCHEMA_INFO") + sql.dialect().lockRowsSuffix());
+  if (!row) {
+    return Result<bool>::failure(row.error());
+  }
+  const int version = row.value()->at(0).toInt();
+  if (version > kSchemaVersion) {
+    return Result<bool>::failure(
+        QStringLiteral("The database's tables are of version %1, newer than this host knows (%2); run the host "
+                       "that made them, or a newer one.")
+            .arg(version)
+            .arg(kSchemaVersion));
+  }
+  if (version == kSchemaVersion) {
+    return true;
+  }
+  for (const QString& statement : upgradeStatements(sql.dialect(), version)) {
+    if (Result<QSqlQuery> done = sql.run(statement); !done) {
+      return Result<bool>::failure(
+          QStringLiteral("The tables could not be brought from version %1 to %2: %3").arg(version).arg(kSchemaVersion).arg(done.error()));
+    }
+  }
+  if (Result<QSqlQuery> done = sql.run(QStringLiteral("UPDATE SCHEMA_INFO SET SCHEMA_VRSN = ?"), {kSchemaVersion});
+      !done) {
+    return Result<bool>::failure(done.error());
+  }
+  return transaction.commit();
+}
 
 // Indexes for the inquiries: an account by its reference or number, a receivable's rows, a receipt's rows.
 const char16_t* const kIndexes[] = {
@@ -183,10 +245,7 @@ QString quotedIdentifier(QString name) { return u'"' + name.replace(u'"', QStrin
 QStringList schemaStatements(const SqlDialect& dialect) {
   QStringList statements;
   for (const Table& table : kTables) {
-    QString columns = QString::fromUtf16(table.columns);
-    columns.replace(QStringLiteral("%ID"), dialect.idColumn())
-        .replace(QStringLiteral("%DATE"), dialect.dateType())
-        .replace(QStringLiteral("%TS"), dialect.timestampType());
+    const QString columns = withDialectTypes(QString::fromUtf16(table.columns), dialect);
     statements.append(
         QStringLiteral("CREATE TABLE IF NOT EXISTS %1 (%2)").arg(QString::fromUtf16(table.name), columns));
   }
@@ -194,6 +253,16 @@ QStringList schemaStatements(const SqlDialect& dialect) {
     statements.append(QString::fromUtf16(index));
   }
   statements.append(dialect.appendOnlyGuard(QStringLiteral("AUDIT_TRAIL")));
+  return statements;
+}
+
+QStringList upgradeStatements(const SqlDialect& dialect, int fromVersion) {
+  QStringList statements;
+  for (const Upgrade& upgrade : kUpgrades) {
+    if (upgrade.version > fromVersion && upgrade.version <= kSchemaVersion) {
+      statements.append(withDialectTypes(QString::fromUtf16(upgrade.statement), dialect));
+    }
+  }
   return statements;
 }
 
@@ -303,6 +372,30 @@ Result<QString> serviceRoleProblem(const QString& connectionName) {
   return QString();
 }
 
+Result<QString> schemaVersionProblem(const QString& connectionName) {
+  const Result<Sql> connection = Sql::onConnection(connectionName);
+  if (!connection) {
+    return Result<QString>::failure(connection.error());
+  }
+  Result<qint64> version = connection->scalar(QStringLiteral("SELECT MAX(SCHEMA_VRSN) FROM SCHEMA_INFO"), {}, 0);
+  if (!version) {
+    return Result<QString>::failure(version.error());
+  }
+  if (version.value() == kSchemaVersion) {
+    return QString();
+  }
+  if (version.value() < kSchemaVersion) {
+    return QStringLiteral("The database's tables are of version %1, older than this host's %2: run adjustacc-host "
+                          "init-db with this host to bring them up to date.")
+        .arg(version.value())
+        .arg(kSchemaVersion);
+  }
+  return QStringLiteral("The database's tables are of version %1, newer than this host knows (%2): run the host "
+                        "that made them, or a newer one.")
+      .arg(version.value())
+      .arg(kSchemaVersion);
+}
+
 Result<bool> createSchema(const QString& connectionName) {
   const Result<Sql> connection = Sql::onConnection(connectionName);
   if (!connection) {
@@ -324,8 +417,9 @@ Result<bool> createSchema(const QString& connectionName) {
         !done) {
       return Result<bool>::failure(done.error());
     }
+    return true;
   }
-  return true;
+  return upgradeSchema(sql);
 }
 
 }  // namespace adjustacc::host

@@ -14,10 +14,19 @@
 namespace adjustacc::host {
 
 // Version of the table layout written to SCHEMA_INFO.
-inline constexpr int kSchemaVersion = 1;
+//   1  the first layout
+//   2  refund worksheets record when each step was taken (CREATED_TS ... VOID_TS) and who mailed the warrant
+inline constexpr int kSchemaVersion = 2;
+
+// Why the host can not serve the connection's database as it is: its tables are of another version than
+// kSchemaVersion (an older database is upgraded by createSchema, which init-db runs). Empty when they fit.
+messaging::Result<QString> schemaVersionProblem(const QString& connectionName);
 
 // Every statement that creates the schema on this dialect, in order; each is idempotent.
 QStringList schemaStatements(const messaging::SqlDialect& dialect);
+// The statements that bring the tables of a database at `fromVersion` up to kSchemaVersion, in order.
+// createSchema runs them (once, in one transaction) on a database an older host made.
+QStringList upgradeStatements(const messaging::SqlDialect& dialect, int fromVersion);
 
 // Tables whose rows carry ROW_VRSN_NBR.
 bool tableHasRowVersion(const QString& table);

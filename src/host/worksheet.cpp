@@ -22,17 +22,33 @@ const SectionBuilder& worksheetBuilder() {
       {{u"RCPT_NBR"}, {u"CUST_ID"}, {u"RFND_NBR"}, {u"RFND_AMT", Cell::Money}, {u"TO"}, {u"DT_MLD", Cell::Day},
        {u"CREATED_DT", Cell::Day}, {u"CREATOR_ID"}, {u"VERIFY_ID"}, {u"APPROVE_ID"}, {u"RFND_BY_ID"}, {u"VOID_ID"},
        {u"DMV_CMMT_TXT"}, {u"FISCAL_CMMT_TXT"}, {u"RFND_CD"}, {u"WRNT_NBR"}, {u"RFND_DT", Cell::Day}, {u"STTS_CD"},
-       {u"CUST_NM"}, {u"ADDR_1"}, {u"ADDR_2"}, {u"CITY"}, {u"STATE"}, {u"ZIP"}, {u"ROW_VRSN_NBR"}});
+       {u"CUST_NM"}, {u"ADDR_1"}, {u"ADDR_2"}, {u"CITY"}, {u"STATE"}, {u"ZIP"}, {u"ROW_VRSN_NBR"},
+       // Who took each step, by name, and when (the host's clock, UTC).
+       {u"CREATOR_NM"}, {u"CREATED_TS", Cell::Timestamp}, {u"VERIFY_NM"}, {u"VERIFY_TS", Cell::Timestamp},
+       {u"APPROVE_NM"}, {u"APPROVE_TS", Cell::Timestamp}, {u"RFND_BY_NM"}, {u"RFND_BY_TS", Cell::Timestamp},
+       {u"MAILED_BY_ID"}, {u"MAILED_BY_NM"}, {u"MAILED_TS", Cell::Timestamp}, {u"VOID_NM"},
+       {u"VOID_TS", Cell::Timestamp}});
   return builder;
 }
 
 Result<RecordSet> worksheetSection(const Sql& sql, const QString& refundNumber) {
+  // The officers' names come from the officers' table; an id that is not there leaves the name null.
   return worksheetBuilder().run(
       sql,
       QStringLiteral("SELECT w.RCPT_NBR, w.CUST_ID, w.RFND_NBR, w.RFND_AMT, w.RFND_TO_CD, w.DT_MLD, w.CREATED_DT, "
                      "w.CREATOR_ID, w.VERIFY_ID, w.APPROVE_ID, w.RFND_BY_ID, w.VOID_ID, w.DMV_CMMT_TXT, "
                      "w.FISCAL_CMMT_TXT, w.RFND_CD, w.WRNT_NBR, w.RFND_DT, w.STTS_CD, c.CUST_NM, c.ADDR_1, c.ADDR_2, "
-                     "c.CITY, c.STATE, c.ZIP, w.ROW_VRSN_NBR FROM RFND_WRKSHT w JOIN CUSTOMER c ON c.CUST_ID = w.CUST_ID "
+                     "c.CITY, c.STATE, c.ZIP, w.ROW_VRSN_NBR, "
+                     "oc.OFFICER_NM, w.CREATED_TS, ov.OFFICER_NM, w.VERIFY_TS, oa.OFFICER_NM, w.APPROVE_TS, "
+                     "orf.OFFICER_NM, w.RFND_BY_TS, w.MAILED_BY_ID, om.OFFICER_NM, w.MAILED_TS, ovd.OFFICER_NM, "
+                     "w.VOID_TS "
+                     "FROM RFND_WRKSHT w JOIN CUSTOMER c ON c.CUST_ID = w.CUST_ID "
+                     "LEFT JOIN OFFICER oc ON oc.OFFICER_ID = w.CREATOR_ID "
+                     "LEFT JOIN OFFICER ov ON ov.OFFICER_ID = w.VERIFY_ID "
+                     "LEFT JOIN OFFICER oa ON oa.OFFICER_ID = w.APPROVE_ID "
+                     "LEFT JOIN OFFICER orf ON orf.OFFICER_ID = w.RFND_BY_ID "
+                     "LEFT JOIN OFFICER om ON om.OFFICER_ID = w.MAILED_BY_ID "
+                     "LEFT JOIN OFFICER ovd ON ovd.OFFICER_ID = w.VOID_ID "
                      "WHERE w.RFND_NBR = ?"),
       {refundNumber});
 }
@@ -136,6 +152,7 @@ Result<bool> applyPrepare(const Context& context, const QString& number, const P
                                {QStringLiteral("RFND_TO_CD"), prepared.receiver},
                                {QStringLiteral("CREATED_DT"), sql.date(context.today)},
                                {QStringLiteral("CREATOR_ID"), context.officer.id},
+                               {QStringLiteral("CREATED_TS"), sql.dialect().timestampValue(context.now)},
                                {QStringLiteral("DMV_CMMT_TXT"), prepared.comment},
                                {QStringLiteral("STTS_CD"), QStringLiteral("1")}};
   if (existing) {
@@ -192,6 +209,10 @@ Result<bool> applyStep(const Context& context, const Worksheet& worksheet, const
   }
   for (const auto& [column, day] : change.days) {
     columns.append({column, sql.date(day)});
+  }
+  // When the step was taken: the host's clock, never the desk's.
+  if (!change.timeColumn.isEmpty()) {
+    columns.append({change.timeColumn, sql.dialect().timestampValue(context.now)});
   }
   const auto moveExcessHeld = [&] {
     return moveExcess(writer, worksheet.receipt, QStringLiteral("W"), worksheet.number, change.excessTo,

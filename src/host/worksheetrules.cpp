@@ -122,6 +122,8 @@ QString checkMailed(const Worksheet& w, const RecordReader& r, const StepContext
     return QStringLiteral("Mail Date must be greater than or equal to the Refund Date");
   }
   change.days.append({QStringLiteral("DT_MLD"), mailed.value()});
+  // The record names no officer for the mailing; the host keeps who mailed it all the same.
+  change.texts.append({QStringLiteral("MAILED_BY_ID"), c.officerId});
   return {};
 }
 
@@ -303,6 +305,7 @@ Result<WorksheetChange> checkStep(const Worksheet& w, const RecordReader& r, con
       return R::failure(problem);
     }
     change.texts = {{QStringLiteral("VOID_ID"), c.officerId}};
+    change.timeColumn = stepTimeColumn(change.next);
     change.excessTo = QStringLiteral("O");
     return change;
   }
@@ -339,7 +342,18 @@ Result<WorksheetChange> checkStep(const Worksheet& w, const RecordReader& r, con
   if (!problem.isEmpty()) {
     return R::failure(problem);
   }
+  change.timeColumn = stepTimeColumn(change.next);
   return change;
+}
+
+QString stepTimeColumn(const QString& next) {
+  if (next == u"1") return QStringLiteral("CREATED_TS");
+  if (next == u"2") return QStringLiteral("VERIFY_TS");
+  if (next == u"3") return QStringLiteral("APPROVE_TS");
+  if (next == u"4" || next == u"T") return QStringLiteral("RFND_BY_TS");
+  if (next == u"5") return QStringLiteral("MAILED_TS");
+  if (next == u"V") return QStringLiteral("VOID_TS");
+  return {};
 }
 
 }  // namespace adjustacc::host

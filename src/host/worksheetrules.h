@@ -90,8 +90,13 @@ struct WorksheetChange {
   QList<std::pair<QString, QString>> texts;   // columns and their new text, in order
   QList<std::pair<QString, QDate>> days;      // columns and their new day, in order
   QString excessTo;                           // status of the excess set aside ("O", "R", "T"); empty: as it is
+  QString timeColumn;                         // the column that records when the step was taken (host clock)
   bool releasesExcess() const { return excessTo == u"O"; }
 };
+
+// The column that records when the step that moves a worksheet to `next` was taken: CREATED_TS ("1"),
+// VERIFY_TS, APPROVE_TS, RFND_BY_TS ("4" and "T"), MAILED_TS, VOID_TS; empty for any other code.
+QString stepTimeColumn(const QString& next);
 
 // The step the record's STTS_CD names, from the worksheet's status: the record must be of this worksheet as
 // it was read (ROW_VRSN_NBR), name the signed-on officer in the step's officer field, carry what the step

@@ -7,6 +7,7 @@
 #include "platform/clock.h"
 #include "platform/codelookup.h"
 #include "platform/currency.h"
+#include "platform/datetimes.h"
 #include "platform/errortrap.h"
 #include "platform/fieldmarking.h"
 #include "platform/modmessagetitle.h"
@@ -59,6 +60,30 @@ QString withCrLf(QString text) {
   text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
   text.replace(u'\n', QStringLiteral("\r\n"));
   return text;
+}
+
+// The reply fields that say who took each step (the id the officer label shows, the name) and when.
+struct StepFields {
+  const char* id;
+  const char* name;
+  const char* time;
+};
+constexpr StepFields kStepFields[QORVA_WorkSheet::StepCount] = {
+    {"CREATOR_ID", "CREATOR_NM", "CREATED_TS"}, {"VERIFY_ID", "VERIFY_NM", "VERIFY_TS"},
+    {"APPROVE_ID", "APPROVE_NM", "APPROVE_TS"}, {"RFND_BY_ID", "RFND_BY_NM", "RFND_BY_TS"},
+    {"MAILED_BY_ID", "MAILED_BY_NM", "MAILED_TS"}, {"VOID_ID", "VOID_NM", "VOID_TS"},
+};
+
+// The host writes its step times in UTC, "yyyy-mm-dd HH:MM:SS"; invalid for null or unreadable text.
+QDateTime hostMoment(const QVariant& value) {
+  if (value.isNull()) {
+    return {};
+  }
+  const messaging::Result<QDateTime> read = platform::parseTimestamp(value.toString().trimmed());
+  if (!read) {
+    return {};
+  }
+  return QDateTime(read.value().date(), read.value().time(), Qt::UTC);
 }
 
 }  // namespace
@@ -130,6 +155,43 @@ QORVA_WorkSheet::QORVA_WorkSheet(platform::Services& services, QObject* parent)
 
 QORVA_WorkSheet::~QORVA_WorkSheet() = default;
 
+const WorksheetStep& QORVA_WorkSheet::stepRecord(Steps step) const {
+  static const WorksheetStep none;
+  return step >= PreparedStep && step < StepCount ? m_steps[static_cast<size_t>(step)] : none;
+}
+
+void QORVA_WorkSheet::recordCurrentOfficer(Steps step) {
+  const WorksheetStep current{m_services.user.officerId(), m_services.user.name(), QDateTime()};
+  if (m_steps[static_cast<size_t>(step)] != current) {
+    m_steps[static_cast<size_t>(step)] = current;
+    Q_EMIT stepRecordsChanged();
+  }
+}
+
+void QORVA_WorkSheet::takeStepRecords(const messaging::RecordSet& rows) {
+  if (rows.recordCount() == 0) {
+    return;
+  }
+  bool changed = false;
+  for (int step = PreparedStep; step < StepCount; ++step) {
+    const StepFields& fields = kStepFields[step];
+    const QVariant id = rows.valueAt(0, QLatin1String(fields.id));
+    if (id.isNull() || id.toString().trimmed().isEmpty()) {
+      continue;
+    }
+    const QVariant name = rows.valueAt(0, QLatin1String(fields.name));
+    const WorksheetStep taken{id.toString().trimmed(), name.isNull() ? QString() : name.toString().trimmed(),
+                              hostMoment(rows.valueAt(0, QLatin1String(fields.time)))};
+    if (m_steps[static_cast<size_t>(step)] != taken) {
+      m_steps[static_cast<size_t>(step)] = taken;
+      changed = true;
+    }
+  }
+  if (changed) {
+    Q_EMIT stepRecordsChanged();
+  }
+}
+
 QString QORVA_WorkSheet::replyToName() const { return QStringLiteral("WorkSheet") + QString::number(m_instance); }
 
 void QORVA_WorkSheet::setCustomerID(const QString& id) {
@@ -168,6 +230,7 @@ void QORVA_WorkSheet::Form_Load() {
     if (!m_loadedFromOutside) {
       // A new worksheet is prepared by whoever opened it; it is not on the host yet, so nothing to void.
       mLblData[PreparedByLabel].setCaption(m_services.user.officerId());
+      recordCurrentOfficer(PreparedStep);
       mCmdButton[VoidButton].setEnabled(false);
       enableStepInputs();
       if (m_refundNumber.toLongLong() == 0) {
@@ -252,6 +315,7 @@ void QORVA_WorkSheet::LoadMe(const QString& customerId, const QString& statusCod
     const QString& s = m_stepCode;
     if (s == u"1" || s == u"2" || s == u"3") {
       mLblData[s == u"1" ? VerifiedByLabel : s == u"2" ? ApprovedByLabel : RefundByLabel].setCaption(officer);
+      recordCurrentOfficer(s == u"1" ? VerifiedStep : s == u"2" ? ApprovedStep : RefundedStep);
       showDateMailed(false, false);
       showRefundFrame(s == u"3" && mayEdit, s == u"3" && mayEdit);
       voidButton.setEnabled(true);
@@ -368,6 +432,11 @@ void QORVA_WorkSheet::mNcsbMessage_DataReady(const QString& replyTo, const messa
     m_watch.answered();
     if (m_loadedFromOutside) {
       FillRefundWorkSheetInfo(reply);
+    } else {
+      // The screen keeps what it shows of a new worksheet; the host's answer still says when it was prepared.
+      trap(m_services, source("mNcsbMessage_DataReady"), [&] {
+        takeStepRecords(*messaging::RecordSetBuilder::build(reply, words::sectionnames::Refund, m_requestId));
+      });
     }
     m_dataChanged = false;
     if (m_action == u"ISSUE") {
@@ -468,6 +537,7 @@ void QORVA_WorkSheet::FillRefundWorkSheetInfo(const messaging::Reply& reply) {
     toLabel("ZIP", ZipLabel);
     // The host refuses a step on a worksheet that changed since it was read.
     take("ROW_VRSN_NBR", [&](const QString& text) { m_rowVersion = text; });
+    takeStepRecords(*rows);
     enableStepInputs();
     m_services.statusBar.setText(QStringLiteral("Display Refund Worksheet Details for Refund number ") +
                                  m_refundNumber);

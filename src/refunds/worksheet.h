@@ -31,14 +31,27 @@
 #include "screencore/modalscreen.h"
 #include "screencore/savewatch.h"
 
+#include <QDateTime>
 #include <QPointer>
 #include <QString>
+
+#include <array>
 
 namespace adjustacc::messaging {
 class RequestMessage;
 }
 
 namespace adjustacc::refunds {
+
+// What the worksheet knows of one step beside its officer label: who took it (the id the label shows, and the
+// officer's name) and when the host recorded it. A step not taken yet has no time; the step the signed-on
+// officer is about to take names that officer.
+struct WorksheetStep {
+  QString officerId;
+  QString officerName;
+  QDateTime takenAt;  // UTC, as the host recorded it; invalid while the step is not taken
+  bool operator==(const WorksheetStep&) const = default;
+};
 
 class QORVA_WorkSheet : public screencore::ModalScreen {
   Q_OBJECT
@@ -73,6 +86,9 @@ public:
   enum Options { ToTaxpayer = 0, ToDivision = 1, ToOther = 2, Refunded = 3, Transferred = 4 };
   // mFra: the receiver options, and the Refunded / Transferred choice inside the refund frame.
   enum Frames { ReceiverFrame = 0, OutcomeFrame = 1 };
+  // The steps a worksheet records: the four with an officer label (Prepared By ... Refund By), the mailing
+  // and the void.
+  enum Steps { PreparedStep = 0, VerifiedStep, ApprovedStep, RefundedStep, MailedStep, VoidedStep, StepCount };
 
   explicit QORVA_WorkSheet(platform::Services& services, QObject* parent = nullptr);
   ~QORVA_WorkSheet() override;
@@ -99,6 +115,9 @@ public:
   QString replyToName() const;
   QString requestId() const { return m_requestId; }
   QString ErrorText() const { return m_errorText; }
+  // Who took a step and when, as the host answered (or the signed-on officer, for the step about to be taken).
+  // The officer labels keep showing the ids; this is what a view shows beside them.
+  const WorksheetStep& stepRecord(Steps step) const;
 
   // --- the save watch -------------------------------------------------------------------------------------
   QString SaveState() const { return m_watch.SaveState(); }
@@ -142,8 +161,17 @@ public:
   platform::Frame mFraRefund{QStringLiteral("mFraRefund"), QStringLiteral("Refund")};
   platform::ControlArray<platform::Button> mCmdButton{QStringLiteral("mCmdButton")};
 
+Q_SIGNALS:
+  // A step record changed (the host's answer was read, or the signed-on officer was put to a step).
+  void stepRecordsChanged();
+
 private:
   void loaded() override { Form_Load(); }
+  // The signed-on officer is about to take `step`: named, with no time yet.
+  void recordCurrentOfficer(Steps step);
+  // Who took each step and when, from the first row of a worksheet reply; a step whose officer the reply
+  // leaves null keeps what it had.
+  void takeStepRecords(const messaging::RecordSet& rows);
   void close();
   void fail(platform::Control& input, const QString& message);
   bool isVoid() const { return m_action == u"VOID"; }
@@ -176,6 +204,7 @@ private:
   bool m_loadedFromOutside = false;
   bool m_savedOrVoided = false;
   bool m_saveSent = false;
+  std::array<WorksheetStep, StepCount> m_steps{};
   // What a pending save locked, and how each was before, so that the save's end restores the step's gating.
   QList<std::pair<platform::Control*, bool>> m_lockedDuringSave;
 };

@@ -14,6 +14,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QPlainTextEdit>
 #include <QPrintPreviewDialog>
 #include <QPushButton>
@@ -62,6 +63,19 @@ protected:
     box->setFocus();
     QTest::keyClicks(box, text);
   }
+
+  // The step was taken by `name` moments ago, by the host's clock, and the dialog shows the name and the time
+  // in the clerk's short date and time.
+  static void expectTakenJustNow(WorkSheetView& view, W& sheet, W::Steps step, const QString& shown,
+                                 const QDateTime& before) {
+    const refunds::WorksheetStep& record = sheet.stepRecord(step);
+    ASSERT_TRUE(record.takenAt.isValid()) << "step " << step;
+    EXPECT_GE(record.takenAt, before.addSecs(-1));
+    EXPECT_LE(record.takenAt, QDateTime::currentDateTimeUtc().addSecs(1));
+    EXPECT_EQ(view.stepLabel(step)->text(),
+              shown + QLocale().toString(record.takenAt.toLocalTime(), QLocale::ShortFormat));
+    EXPECT_TRUE(view.stepLabel(step)->isVisible());
+  }
 };
 
 TEST_F(WorkSheetScenario, FourOfficersTakeANewRefundToMailedAndItsPreviewCanBeClosed) {
@@ -84,8 +98,12 @@ TEST_F(WorkSheetScenario, FourOfficersTakeANewRefundToMailedAndItsPreviewCanBeCl
       EXPECT_FALSE(view.button(W::VoidButton)->isEnabled());
       choose(view.option(W::ToTaxpayer));
       type(view.commentBox(W::HeadquartersComment), u"Overpaid at the counter; refund requested by phone"_s);
+      EXPECT_EQ(view.stepLabel(W::PreparedStep)->text(), u"Avery Lindqvist"_s) << "the preparer, before saving";
       screenshot(view, u"worksheet-01-new"_s);
+      const QDateTime before = QDateTime::currentDateTimeUtc();
       save(view, sheet);
+      expectTakenJustNow(view, sheet, W::PreparedStep, u"Avery Lindqvist\n"_s, before);
+      EXPECT_EQ(view.dataLabel(W::PreparedByLabel)->text(), host::demo::Admin) << "the id stays";
       EXPECT_TRUE(sheet.GetSavedVoidedFlag());
       EXPECT_FALSE(view.button(W::SaveButton)->isEnabled());
       screenshot(view, u"worksheet-02-prepared"_s);
@@ -98,9 +116,14 @@ TEST_F(WorkSheetScenario, FourOfficersTakeANewRefundToMailedAndItsPreviewCanBeCl
   openAs(host::demo::Verifier, u"100001"_s, u"1"_s, number, [&](WorkSheetView& view, W& sheet) {
     EXPECT_EQ(view.dataLabel(W::StatusLabel)->text(), u"PREPARED"_s);
     EXPECT_EQ(view.dataLabel(W::VerifiedByLabel)->text(), host::demo::Verifier);
+    EXPECT_EQ(view.stepLabel(W::VerifiedStep)->text(), u"Riley Okafor"_s);
+    EXPECT_TRUE(view.stepLabel(W::PreparedStep)->text().startsWith(u"Avery Lindqvist\n"_s));
     screenshot(view, u"worksheet-03-to-verify"_s);
+    const QDateTime before = QDateTime::currentDateTimeUtc();
     save(view, sheet);
     EXPECT_EQ(view.dataLabel(W::StatusLabel)->text(), u"VERIFIED"_s);
+    EXPECT_EQ(view.dataLabel(W::VerifiedByLabel)->text(), host::demo::Verifier);
+    expectTakenJustNow(view, sheet, W::VerifiedStep, u"Riley Okafor\n"_s, before);
   });
   openAs(host::demo::Approver, u"100001"_s, u"2"_s, number, [&](WorkSheetView& view, W& sheet) {
     save(view, sheet);
@@ -121,8 +144,11 @@ TEST_F(WorkSheetScenario, FourOfficersTakeANewRefundToMailedAndItsPreviewCanBeCl
     EXPECT_TRUE(view.datePicker(W::DateMailedPicker)->isEnabled());
     EXPECT_FALSE(view.option(W::Refunded)->isEnabled());
     screenshot(view, u"worksheet-05-to-mail"_s);
+    EXPECT_TRUE(view.stepLabel(W::RefundedStep)->text().startsWith(u"Taylor Brandt\n"_s));
+    const QDateTime before = QDateTime::currentDateTimeUtc();
     save(view, sheet);
     EXPECT_EQ(view.dataLabel(W::StatusLabel)->text(), u"MAILED"_s);
+    expectTakenJustNow(view, sheet, W::MailedStep, u"Recorded by Taylor Brandt (FISCAL01) on "_s, before);
     screenshot(view, u"worksheet-06-mailed"_s);
   });
 
@@ -149,8 +175,11 @@ TEST_F(WorkSheetScenario, AnApproverVoidsAVerifiedWorksheet) {
   ASSERT_NO_FATAL_FAILURE(start(0, host::demo::Approver));
   openAs(host::demo::Approver, u"100003"_s, u"2"_s, u"3000003"_s, [&](WorkSheetView& view, W& sheet) {
     EXPECT_TRUE(view.button(W::VoidButton)->isEnabled());
+    EXPECT_FALSE(view.stepLabel(W::VoidedStep)->isVisible());
+    const QDateTime before = QDateTime::currentDateTimeUtc();
     save(view, sheet, W::VoidButton);
     EXPECT_EQ(view.dataLabel(W::StatusLabel)->text(), u"VOIDED"_s);
+    expectTakenJustNow(view, sheet, W::VoidedStep, u"Voided by Morgan Hale (APPROVE01) on "_s, before);
     EXPECT_FALSE(view.button(W::VoidButton)->isEnabled());
     EXPECT_TRUE(view.button(W::PrintButton)->isEnabled());
     screenshot(view, u"worksheet-08-voided"_s);

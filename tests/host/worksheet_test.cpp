@@ -3,6 +3,9 @@
 
 #include "messaging/formnumber.h"
 
+#include <QSqlQuery>
+#include <QTimeZone>
+
 namespace adjustacc::host::testing {
 namespace {
 
@@ -262,6 +265,117 @@ TEST_P(Worksheets, TheDutySettingDecidesWhoMayApproveAndRefund) {
   };
   expectEachRefused(cases);
   ok(transfer(demo::Fiscal, read));
+}
+
+// Who took each step and when: the officer the host signed on, the moment from the host's own clock, stored
+// with the step itself; the inquiry answers them with the officers' names.
+TEST_P(Worksheets, EachStepKeepsItsOfficerAndTheHostsTimeAndTheInquiryNamesThem) {
+  const QString s = u"REFUND"_s;
+  // The host writes its moments to the second or finer; the reply carries whole seconds.
+  const auto window = [](const QDateTime& before) {
+    return std::pair{before.addMSecs(-before.time().msec()), QDateTime::currentDateTimeUtc().addSecs(1)};
+  };
+  const auto expectTakenWithin = [&](const Reply& read, const char16_t* timeField, const QDateTime& before) {
+    const QString text = cell(read, s, 0, QString::fromUtf16(timeField));
+    QDateTime moment = QDateTime::fromString(text, u"yyyy-MM-dd HH:mm:ss"_s);
+    moment.setTimeZone(QTimeZone::utc());
+    const auto [from, to] = window(before);
+    EXPECT_TRUE(moment.isValid() && moment >= from && moment <= to)
+        << QString::fromUtf16(timeField).toStdString() << " = \"" << text.toStdString() << "\", expected between "
+        << from.toString(Qt::ISODate).toStdString() << " and " << to.toString(Qt::ISODate).toStdString();
+  };
+  const auto stored = [&](const QString& column, const QString& number) {
+    return value(u"SELECT %1 FROM RFND_WRKSHT WHERE RFND_NBR = ?"_s.arg(column), {number});
+  };
+
+  const QString refund = cell(nextNumber(u"F"_s), u"GetFormNumber"_s, 0, u"U"_s).left(7);
+  QDateTime before = QDateTime::currentDateTimeUtc();
+  Reply read = ok(prepare(refund, u"25.00"_s));
+  EXPECT_EQ(cell(read, s, 0, u"CREATOR_NM"_s), u"Avery Lindqvist"_s);
+  expectTakenWithin(read, u"CREATED_TS", before);
+  for (const char* field : {"VERIFY_ID", "VERIFY_NM", "VERIFY_TS", "APPROVE_TS", "RFND_BY_TS", "MAILED_BY_ID",
+                            "MAILED_TS", "VOID_NM", "VOID_TS"}) {
+    EXPECT_TRUE(read.sections[s].valueAt(0, QString::fromLatin1(field)).isNull()) << field << " before its step";
+  }
+  const QString created = cell(read, s, 0, u"CREATED_TS"_s);
+
+  // A refused step stores neither its officer nor a time; the desk can not send a time of its own.
+  expectRefused(step(demo::Admin, read, {{u"STTS_CD"_s, u"2"_s}, {u"VERIFY_ID"_s, demo::Admin}}),
+                u"The person preparing and verifying the Refund Worksheet can not be the same."_s);
+  expectRefused(step(demo::Verifier, read,
+                     {{u"STTS_CD"_s, u"2"_s}, {u"VERIFY_ID"_s, demo::Verifier}, {u"VERIFY_TS"_s, u"2020-01-01 08:00:00"_s}}),
+                u"has a field \"VERIFY_TS\" that a REFUND record does not have"_s);
+  EXPECT_TRUE(stored(u"VERIFY_TS"_s, refund).isNull());
+  EXPECT_TRUE(stored(u"VERIFY_ID"_s, refund).isNull());
+
+  before = QDateTime::currentDateTimeUtc();
+  read = ok(step(demo::Verifier, read, {{u"STTS_CD"_s, u"2"_s}, {u"VERIFY_ID"_s, demo::Verifier}}));
+  EXPECT_EQ(cell(read, s, 0, u"VERIFY_NM"_s), u"Riley Okafor"_s);
+  expectTakenWithin(read, u"VERIFY_TS", before);
+  EXPECT_EQ(cell(read, s, 0, u"CREATED_TS"_s), created) << "a later step leaves the earlier times alone";
+
+  before = QDateTime::currentDateTimeUtc();
+  read = ok(step(demo::Approver, read, {{u"STTS_CD"_s, u"3"_s}, {u"APPROVE_ID"_s, demo::Approver}}));
+  EXPECT_EQ(cell(read, s, 0, u"APPROVE_NM"_s), u"Morgan Hale"_s);
+  expectTakenWithin(read, u"APPROVE_TS", before);
+
+  before = QDateTime::currentDateTimeUtc();
+  read = ok(step(demo::Fiscal, read,
+                 {{u"STTS_CD"_s, u"4"_s}, {u"RFND_BY_ID"_s, demo::Fiscal}, {u"RFND_CD"_s, u"1"_s},
+                  {u"WRNT_NBR"_s, u"W-7001"_s}, {u"RFND_DT"_s, today().toString(Qt::ISODate)}}));
+  EXPECT_EQ(cell(read, s, 0, u"RFND_BY_NM"_s), u"Taylor Brandt"_s);
+  expectTakenWithin(read, u"RFND_BY_TS", before);
+
+  // The mailing record names no officer: the host keeps who was signed on.
+  before = QDateTime::currentDateTimeUtc();
+  read = ok(step(demo::Admin, read, {{u"STTS_CD"_s, u"5"_s}, {u"DT_MLD"_s, today().toString(Qt::ISODate)}}));
+  EXPECT_EQ(cell(read, s, 0, u"MAILED_BY_ID"_s), demo::Admin);
+  EXPECT_EQ(cell(read, s, 0, u"MAILED_BY_NM"_s), u"Avery Lindqvist"_s);
+  expectTakenWithin(read, u"MAILED_TS", before);
+
+  // The inquiry answers what the steps stored.
+  const Reply asked = worksheet(u"100001"_s, refund);
+  for (const char* field : {"CREATOR_NM", "CREATED_TS", "VERIFY_NM", "VERIFY_TS", "APPROVE_NM", "APPROVE_TS",
+                            "RFND_BY_NM", "RFND_BY_TS", "MAILED_BY_NM", "MAILED_TS"}) {
+    EXPECT_EQ(cell(asked, s, 0, QString::fromLatin1(field)), cell(read, s, 0, QString::fromLatin1(field))) << field;
+  }
+
+  before = QDateTime::currentDateTimeUtc();
+  read = ok(step(demo::Verifier, worksheet(u"100003"_s, u"3000002"_s),
+                 {{u"STTS_CD"_s, u"V"_s}, {u"VOID_ID"_s, demo::Verifier}}));
+  EXPECT_EQ(cell(read, s, 0, u"VOID_NM"_s), u"Riley Okafor"_s);
+  expectTakenWithin(read, u"VOID_TS", before);
+}
+
+// An officer id the officers' table does not know answers no name rather than no worksheet.
+TEST_P(Worksheets, AnOfficerTheHostDoesNotKnowLeavesTheNameEmpty) {
+  QSqlQuery unknown(db());
+  ASSERT_TRUE(unknown.exec(u"UPDATE RFND_WRKSHT SET VERIFY_ID = 'GONE01' WHERE RFND_NBR = '3000003'"_s));
+  const Reply read = worksheet(u"100003"_s, u"3000003"_s);
+  EXPECT_EQ(cell(read, u"REFUND"_s, 0, u"VERIFY_ID"_s), u"GONE01"_s);
+  EXPECT_TRUE(read.sections[u"REFUND"_s].valueAt(0, u"VERIFY_NM"_s).isNull());
+  EXPECT_EQ(cell(read, u"REFUND"_s, 0, u"CREATOR_NM"_s), u"Avery Lindqvist"_s);
+}
+
+// The demo worksheets carry plausible step times: each step after the one before it, none ahead of now.
+TEST_P(Worksheets, TheDemoWorksheetsWereTakenStepByStepInThePast) {
+  const Reply read = worksheet(u"100003"_s, u"3000006"_s);
+  QDateTime previous;
+  for (const char* field : {"CREATED_TS", "VERIFY_TS", "APPROVE_TS", "RFND_BY_TS", "MAILED_TS"}) {
+    QDateTime moment = QDateTime::fromString(cell(read, u"REFUND"_s, 0, QString::fromLatin1(field)), u"yyyy-MM-dd HH:mm:ss"_s);
+    moment.setTimeZone(QTimeZone::utc());
+    ASSERT_TRUE(moment.isValid()) << field;
+    EXPECT_LT(moment, QDateTime::currentDateTimeUtc()) << field;
+    if (previous.isValid()) {
+      EXPECT_GT(moment, previous) << field;
+    }
+    previous = moment;
+  }
+  EXPECT_EQ(cell(read, u"REFUND"_s, 0, u"MAILED_BY_NM"_s), u"Taylor Brandt"_s);
+  const Reply voided = worksheet(u"100003"_s, u"3000008"_s);
+  EXPECT_EQ(cell(voided, u"REFUND"_s, 0, u"VOID_NM"_s), u"Avery Lindqvist"_s);
+  EXPECT_FALSE(cell(voided, u"REFUND"_s, 0, u"VOID_TS"_s).isEmpty());
+  EXPECT_TRUE(voided.sections[u"REFUND"_s].valueAt(0, u"APPROVE_TS"_s).isNull());
 }
 
 INSTANTIATE_TEST_SUITE_P(Databases, Worksheets, ::testing::Values(Backend::Sqlite, Backend::Postgres), backendName);

@@ -156,6 +156,7 @@ TEST(StepRule, AnswersTheColumnsAndTheExcessOfTheStep) {
   const QList<std::pair<QString, QDate>> days = {{u"RFND_DT"_s, QDate(2024, 5, 1)}};
   EXPECT_EQ(change->days, days);
   EXPECT_EQ(change->excessTo, u"R"_s);
+  EXPECT_EQ(change->timeColumn, u"RFND_BY_TS"_s) << "the refund's time goes with it";
 
   const messaging::SaveRecord stale = saveRecord({{u"STTS_CD"_s, u"V"_s}, {u"VOID_ID"_s, u"FISC"_s}, {u"ROW_VRSN_NBR"_s, u"3"_s}});
   const auto refused = checkStep(approvedWorksheet(), RecordReader(stale, u"REFUND"_s), StepContext{u"FISC"_s, kToday});

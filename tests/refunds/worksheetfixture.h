@@ -27,7 +27,11 @@ inline const QStringList kWorksheetFields = {
     u"CREATED_DT"_s, u"CREATOR_ID"_s, u"VERIFY_ID"_s, u"APPROVE_ID"_s,   u"RFND_BY_ID"_s,   u"VOID_ID"_s,
     u"DMV_CMMT_TXT"_s, u"FISCAL_CMMT_TXT"_s, u"RFND_CD"_s, u"WRNT_NBR"_s, u"RFND_DT"_s,     u"STTS_CD"_s,
     u"CUST_NM"_s,    u"ADDR_1"_s,    u"ADDR_2"_s,     u"CITY"_s,         u"STATE"_s,        u"ZIP"_s,
-    u"ROW_VRSN_NBR"_s};
+    u"ROW_VRSN_NBR"_s,
+    // who took each step and when
+    u"CREATOR_NM"_s, u"CREATED_TS"_s, u"VERIFY_NM"_s, u"VERIFY_TS"_s, u"APPROVE_NM"_s, u"APPROVE_TS"_s,
+    u"RFND_BY_NM"_s, u"RFND_BY_TS"_s, u"MAILED_BY_ID"_s, u"MAILED_BY_NM"_s, u"MAILED_TS"_s, u"VOID_NM"_s,
+    u"VOID_TS"_s};
 
 // A worksheet as the host answers it; fields not given are null.
 inline messaging::Reply worksheetReply(const QMap<QString, QVariant>& values) {

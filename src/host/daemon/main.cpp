@@ -302,6 +302,11 @@ int serve(const QCommandLineParser& parser, const DatabaseOptions& options) {
     if (officers.value(0).toInt() == 0) {
       qCWarning(lcDaemon, "the database has no officers: nobody can be given a token");
     }
+    if (const Result<QString> layout = adjustacc::host::schemaVersionProblem(kAdminConnection); !layout.ok()) {
+      return fail(layout.error());
+    } else if (!layout->isEmpty()) {
+      return fail(layout.value());
+    }
     if (Result<bool> table = TokenStore(kAdminConnection).ensureTable(); !table.ok()) {
       return fail(table.error());
     }
