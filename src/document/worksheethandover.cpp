@@ -16,6 +16,12 @@ void WorkSheetHandOver::setDataLabel(int index, const QString& text) {
   if (index < RefundNumberLabel || index > AmountLabel) {
     return;
   }
+  if (index == RefundNumberLabel) {
+    // The number shown is the worksheet's number, the one its save sends and its printout shows; a worksheet
+    // handed a number does not take another from the refund series when it loads.
+    m_sheet.GetFormNumber(text);
+    return;
+  }
   m_sheet.mLblData[index].setCaption(text);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 // The refund worksheet as the Receipt Detail screen's "Create Refund" hands an excess fund to it: each value the
-// receipt screen writes goes to the worksheet's property or data label of the same meaning, the receipt the
+// receipt screen writes goes to the worksheet's property or data label of the same meaning (the refund number
+// to label 0 and to the worksheet's own refund number, through its GetFormNumber), the receipt the
 // fund came from to its receipt label (the host files the worksheet under it), and the screen's flag of a
 // saved or voided worksheet tells the receipt screen to read the receipt again.
 

@@ -26,6 +26,7 @@
 #include "screencore/screenrequest.h"
 
 #include <atomic>
+#include <utility>
 
 namespace adjustacc::payments {
 
@@ -329,6 +330,8 @@ void QORVA_PayDetail::SendReceiptPI() {
     m_services.statusBar.setText(status);
     m_msgTheme = status;
     m_requestId = screencore::sendRequest(message, *this);
+    // An inquiry, not a save: a time-out noticed before belongs to an earlier request.
+    m_watch.requestSent();
     m_services.ui.setPointer(platform::Pointer::Hourglass);
   });
 }
@@ -346,9 +349,8 @@ void QORVA_PayDetail::SendCreateRefundPI() {
     m_services.statusBar.setText(status);
     m_msgTheme = status;
     m_requestId = screencore::sendRequest(message, *this);
+    m_watch.requestSent();
     m_services.ui.setPointer(platform::Pointer::Hourglass);
-    // The worksheet will want a refund number: have the number service fetch one ahead.
-    m_services.numbers.prefetch(QStringLiteral("F"));
   });
 }
 
@@ -369,13 +371,15 @@ void QORVA_PayDetail::mNcsbMessage_DataReady(const QString& replyTo, const messa
     const QString error = messaging::ReplyChecker::errorText(reply, replyToName(), source("mNcsbMessage_DataReady"),
                                                              m_requestId);
     if (!error.isEmpty()) {
+      // A refused or timed-out refund information opens no worksheet.
+      m_refundAsked.reset();
       m_watch.failed(error);
       raise(AppError::LeaveEarly);
     }
     // Descriptions are looked up afresh for each answer (code tables change rarely, but they do).
     m_descriptions.clear();
     if (reply.hasSection(messaging::sectionnames::Refund)) {
-      fillWorksheet(reply);
+      prepareWorksheet(reply);
     }
     if (m_watch.answered()) {
       m_services.statusBar.setText(title::Ready);
@@ -426,13 +430,22 @@ void QORVA_PayDetail::takeReceipt(const messaging::Reply& reply) {
   m_receiptVersion = trimmed(receipt->value(QStringLiteral("ROW_VRSN_NBR")));
 }
 
-void QORVA_PayDetail::fillWorksheet(const messaging::Reply& reply) {
+void QORVA_PayDetail::prepareWorksheet(const messaging::Reply& reply) {
+  if (!m_refundAsked || m_refundAsked->requestId != m_requestId) {
+    return;  // no Create Refund waits for this answer
+  }
+  const RefundAsked asked = *std::exchange(m_refundAsked, std::nullopt);
   const messaging::RecordSetPtr info =
       messaging::RecordSetBuilder::build(reply, QString(messaging::sections::kRefundInformation), m_requestId);
+  m_worksheet = m_refundOpener ? m_refundOpener() : nullptr;
   if (!m_worksheet) {
-    return;  // the worksheet was closed before the answer came
+    return;
   }
-  bool numberKnown = false;
+  RefundWorksheet& sheet = *m_worksheet;
+  sheet.setCustomerID(asked.customerId);
+  for (const auto& [label, text] : asked.labels) {
+    sheet.setDataLabel(label, text);
+  }
   for (info->moveFirst(); !info->eof(); info->moveNext()) {
     const auto take = [&](const char* field, const std::function<void(const QString&)>& write) {
       const QVariant value = info->value(QLatin1String(field));
@@ -440,12 +453,11 @@ void QORVA_PayDetail::fillWorksheet(const messaging::Reply& reply) {
         write(trimmed(value));
       }
     };
-    RefundWorksheet& sheet = *m_worksheet;
     take("CUST_ID", [&](const QString& v) { sheet.setCustomerID(v); });
-    take("RFND_NBR", [&](const QString& v) {
-      sheet.setDataLabel(RefundWorksheet::RefundNumberLabel, v);
-      numberKnown = !v.isEmpty();
-    });
+    // The number of a worksheet already under way becomes the worksheet's own; without one the worksheet
+    // takes a new number from the refund series when it loads.
+    take("RFND_NBR", [&](const QString& v) { sheet.setDataLabel(RefundWorksheet::RefundNumberLabel, v); });
+    // Before the worksheet loads: it reads its status when it does.
     take("STTS_CD", [&](const QString& v) { sheet.setStatus(v); });
     take("CUST_NM", [&](const QString& v) { sheet.setDataLabel(RefundWorksheet::NameLabel, v); });
     take("ADDR_1", [&](const QString& v) { sheet.setDataLabel(RefundWorksheet::Address1Label, v); });
@@ -454,10 +466,28 @@ void QORVA_PayDetail::fillWorksheet(const messaging::Reply& reply) {
     take("STATE", [&](const QString& v) { sheet.setDataLabel(RefundWorksheet::StateLabel, v); });
     take("ZIP", [&](const QString& v) { sheet.setDataLabel(RefundWorksheet::ZipLabel, v); });
   }
-  if (!numberKnown) {
-    // A new refund: its number comes from the number service, as soon as it has one.
-    mTimUpdateTimeoutNumber.setEnabled(true);
-  }
+  // Shown once this reply has been dealt with: the worksheet's own requests and the receipt read again after
+  // it closes then start from a screen at rest.
+  QMetaObject::invokeMethod(this, &QORVA_PayDetail::showPreparedWorksheet, Qt::QueuedConnection);
+}
+
+void QORVA_PayDetail::showPreparedWorksheet() {
+  trap(m_services, source("showPreparedWorksheet"), [&] {
+    if (!m_worksheet) {
+      return;
+    }
+    if (!isVisible()) {
+      m_worksheet.reset();  // the screen closed before the worksheet could be shown
+      return;
+    }
+    m_worksheet->showModal();
+    const bool completed = m_worksheet->refundCompleted();
+    m_worksheet.reset();
+    if (completed) {
+      m_changedElsewhere = true;
+      reload();
+    }
+  });
 }
 
 // --- the grids -------------------------------------------------------------------------------------------------
@@ -906,30 +936,25 @@ void QORVA_PayDetail::createRefund() {
                              platform::MsgButtons::Ok, platform::MsgIcon::Information, title::messageTitle());
     return;
   }
-  m_worksheet = m_refundOpener();
-  if (!m_worksheet) {
-    return;
-  }
-  SendCreateRefundPI();
-  RefundWorksheet& sheet = *m_worksheet;
-  sheet.setCustomerID(cell(ExcessGrid, row, "CUST_ID").trimmed());
+  // The chosen fund as it is now: the clerk may choose another row while the host answers.
+  RefundAsked asked;
+  asked.customerId = cell(ExcessGrid, row, "CUST_ID").trimmed();
   const std::pair<int, const char*> labels[] = {
       {RefundWorksheet::NameLabel, "NAME"},   {RefundWorksheet::Address1Label, "ADDR_1"},
       {RefundWorksheet::CityLabel, "CITY"},   {RefundWorksheet::StateLabel, "STATE"},
       {RefundWorksheet::ZipLabel, "ZIP"},     {RefundWorksheet::AmountLabel, "AMOUNT"}};
+  const platform::Grid& excess = mSdgDBGrid[ExcessGrid];
   for (const auto& [label, column] : labels) {
-    sheet.setDataLabel(label, mSdgDBGrid[ExcessGrid].displayText(row, mSdgDBGrid[ExcessGrid].columnIndex(
-                                                                          QLatin1String(column))));
+    asked.labels.append({label, excess.displayText(row, excess.columnIndex(QLatin1String(column)))});
   }
-  sheet.showModal();
-  // The watch belongs to the worksheet being shown; a number read after it closed would go nowhere.
-  mTimUpdateTimeoutNumber.setEnabled(false);
-  const bool completed = sheet.refundCompleted();
-  m_worksheet.reset();
-  if (completed) {
-    m_changedElsewhere = true;
-    reload();
+  const QString before = m_requestId;
+  SendCreateRefundPI();
+  if (m_requestId == before) {
+    return;  // not sent; the failure was reported
   }
+  asked.requestId = m_requestId;
+  m_refundAsked = std::move(asked);
+  // The worksheet is prepared and shown when the refund information is answered (prepareWorksheet).
 }
 
 void QORVA_PayDetail::openWorksheet(int row) {
@@ -1008,7 +1033,7 @@ void QORVA_PayDetail::close() {
     return;
   }
   m_watch.closing();
-  mTimUpdateTimeoutNumber.setEnabled(false);
+  m_refundAsked.reset();
   m_services.ui.setPointer(platform::Pointer::Default);
   setVisible(false);
 }

@@ -14,6 +14,7 @@
 // watch's; a transfer or refund completed on the screens this one opens counts as an account change too.
 
 #include "refundhandover.h"
+#include "transpayment.h"
 
 #include "messaging/recordset.h"
 #include "messaging/reply.h"
@@ -34,6 +35,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 namespace adjustacc::messaging {
 class RequestMessage;
@@ -46,8 +48,7 @@ class QORVA_PayDetail : public screencore::ModalScreen {
 public:
   static inline const QString kFormName = QStringLiteral("QORVA_PayDetail");
   static inline const QString kCaption = QStringLiteral("Receipt Detail");
-  static inline const QString kNoConnection =
-      QStringLiteral("No connection.  Check back later to see if your request saved.");
+  static inline const QString& kNoConnection = QORVA_TransPayment::kNoConnection;
   // Placeholder of a refund number that is not known yet.
   static inline const QString kNoRefundNumber = QStringLiteral("0000000-0");
   // How often the refund-number watch asks the number service again.
@@ -146,7 +147,10 @@ private:
   platform::Adodc& dataControl(int grid);
   void takeSection(int grid, const messaging::Reply& reply, const QString& layout);
   void takeReceipt(const messaging::Reply& reply);
-  void fillWorksheet(const messaging::Reply& reply);
+  // The refund information answered: the worksheet is made and prepared, the chosen excess fund's values
+  // first and the answer's over them, and shown once this reply has been dealt with.
+  void prepareWorksheet(const messaging::Reply& reply);
+  void showPreparedWorksheet();
   // The receipt-level action code chosen ("B", "C" or empty), trimmed and upper-cased.
   QString receiptAction() const;
   bool receiptConfirmed() const;
@@ -187,6 +191,14 @@ private:
   RefundWorksheetOpener m_refundOpener;
   QHash<QString, QString> m_descriptions;
   std::unique_ptr<RefundWorksheet> m_worksheet;
+  // What Create Refund took from the chosen excess fund, kept until the refund information it asked for is
+  // answered (by the request id) or refused.
+  struct RefundAsked {
+    QString requestId;
+    QString customerId;
+    QList<std::pair<int, QString>> labels;
+  };
+  std::optional<RefundAsked> m_refundAsked;
 };
 
 }  // namespace adjustacc::payments

@@ -6,18 +6,21 @@
 // tells the clerk plainly that the refund worksheet is not available in this version and changes nothing.
 //
 // What the receipt screen does with the worksheet, in order:
-//   1. opener() makes the worksheet (not yet shown);
-//   2. setCustomerID(owner of the excess fund) and setDataLabel(1..6, ...) with the excess fund's row:
+//   1. Create Refund asks the host for the refund information of the chosen excess fund; nothing is made
+//      until it is answered (a refusal or a time-out is shown as any other and opens no worksheet);
+//   2. opener() makes the worksheet (not yet shown);
+//   3. setCustomerID(owner of the excess fund) and setDataLabel(1..6, ...) with the excess fund's row:
 //        1 customer name, 2 address line 1, 3 city, 4 state, 5 ZIP, 6 refund amount;
-//   3. showModal() - returns when the clerk closes the worksheet. While it is showing, the answer to the
-//      refund-information request may arrive and overwrite: setCustomerID, setDataLabel(0, refund number
-//      of a worksheet already under way), setStatus(status code), setDataLabel(1..5, name and address) and
-//      setSecondAddressLine; and the refund-number watch writes setDataLabel(0, the next refund number)
-//      once the number service has one;
-//   4. refundCompleted() is read after showModal() returns: true makes the receipt screen read the receipt
+//      then the answer's non-null fields over them: setCustomerID, setDataLabel(0, the refund number of a
+//      worksheet already under way), setStatus(status code), setDataLabel(1..5, name and address) and
+//      setSecondAddressLine. Label 0 is the worksheet's refund number itself (the one it saves and prints),
+//      and the status is written before the worksheet loads, which reads it then;
+//   4. showModal() - returns when the clerk closes the worksheet. A worksheet given no refund number takes
+//      one from the refund series itself when it loads;
+//   5. refundCompleted() is read after showModal() returns: true makes the receipt screen read the receipt
 //      again (and tells its own opener that the account changed).
 // An excess fund already on a worksheet (Enter or a double-click on its row, openWorksheet) opens that worksheet
-// through loadExisting() in place of step 2, then steps 3 and 4 as above.
+// through loadExisting() in place of step 3, then steps 4 and 5 as above.
 //
 // The worksheet screen plugs in with a small adapter in the opener's code:
 //

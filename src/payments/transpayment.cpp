@@ -32,13 +32,9 @@ QORVA_TransPayment::QORVA_TransPayment(platform::Services& services, QObject* pa
               {.pendingSave = [this](bool enable) { PendingSave(enable); },
                .initializeData = {},
                // A save the host may have applied: its entry is not offered for sending again.
-               .assumeApplied =
-                   [this] {
-                     if (QORVA_Payment1.heldAmount() > platform::Currency()) {
-                       QORVA_Payment1.reset();
-                     }
-                   },
-               .updateTimeout = [this] { UpdateTimeout(); }},
+               .assumeApplied = [this] { takeHeldTransfer(); },
+               .updateTimeout = [this] { UpdateTimeout(); },
+               .tickStatus = kNoConnection},
               &mTimUpdateTimeout),
       m_instance(g_instances++) {
   QORVA_Payment1.setCheckDigit(&services.checkDigit);
@@ -168,10 +164,7 @@ void QORVA_TransPayment::mNcsbMessage_DataReady(const QString& replyTo, const me
       raise(AppError::LeaveEarly);
     }
     if (m_watch.isPending()) {
-      if (QORVA_Payment1.heldAmount() > platform::Currency()) {
-        QORVA_Payment1.reset();
-        QORVA_Payment1.addLine();
-      }
+      takeHeldTransfer();
       const bool timedOut = m_watch.MsgTimedOut();
       m_watch.answered();
       if (!timedOut) {
@@ -179,6 +172,19 @@ void QORVA_TransPayment::mNcsbMessage_DataReady(const QString& replyTo, const me
       }
     }
   });
+}
+
+void QORVA_TransPayment::takeHeldTransfer() {
+  const platform::Currency held = QORVA_Payment1.heldAmount();
+  if (held <= platform::Currency()) {
+    return;
+  }
+  // What was moved is no longer open: a further transfer from this screen draws on what is left.
+  if (const std::optional<platform::Currency> excess = QORVA_Payment1.excessAmount()) {
+    QORVA_Payment1.setExcessAmount(*excess - held);
+  }
+  QORVA_Payment1.reset();
+  QORVA_Payment1.addLine();
 }
 
 void QORVA_TransPayment::PendingSave(bool enable) {

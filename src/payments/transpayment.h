@@ -31,6 +31,10 @@ class QORVA_TransPayment : public screencore::ModalScreen {
 public:
   static inline const QString kFormName = QStringLiteral("QORVA_TransPayment");
   static inline const QString kCaption = QStringLiteral("Transfer Payment");
+  // The status after the update timer concluded a save it had no answer to (two blanks after each full stop
+  // but the last); the receipt screen shows the same.
+  static inline const QString kNoConnection =
+      QStringLiteral("No connection.  Check back later to see if your request saved.");
 
   enum Buttons { SaveButton = 0, CloseButton = 1 };
 
@@ -79,6 +83,9 @@ public:
   platform::Timer mTimUpdateTimeout{QStringLiteral("mTimUpdateTimeout")};
 
 private:
+  // A transfer the host answered, or must be taken as applied: the amount it held leaves the open excess
+  // and the entry starts again with one empty line.
+  void takeHeldTransfer();
   void loaded() override { Form_Load(); }
 
   screencore::SaveWatch m_watch;

@@ -96,8 +96,9 @@ QORVA_WorkSheet::QORVA_WorkSheet(platform::Services& services, QObject* parent)
                .assumeApplied = {},
                .updateTimeout =
                    [this] {
-                     if (m_numberPending) {
-                       // It was the new refund number that did not come, not a save.
+                     if (m_numberPending && !m_watch.isPending()) {
+                       // It was the new refund number that did not come, not a save (a pending save owns
+                       // every answer: it was sent after the number request and replaced it).
                        m_services.ui.messageBox(kCannotGenerateNumber, platform::MsgButtons::Ok,
                                                 platform::MsgIcon::Critical, title::messageTitle());
                        m_numberPending = false;
@@ -270,7 +271,7 @@ void QORVA_WorkSheet::requestFormNumber() {
                                                                 words::requestcodes::NextNumber);
   message.addParameter(marventoParameter(words::params::NbrTypCd, kRefundNumberType));
   m_requestId = screencore::sendRequest(message, *this);
-  m_timedOut = false;
+  m_watch.requestSent();
   m_services.ui.setPointer(platform::Pointer::Hourglass);
 }
 
@@ -280,6 +281,13 @@ void QORVA_WorkSheet::enableStepInputs() {
   const bool early = m_stepCode == u"0" || m_stepCode == u"1" || m_stepCode == u"2";
   mFra[ReceiverFrame].setEnabled(early);
   mTxtRefund[HeadquartersComment].setEnabled(early);
+  // Once refunded or transferred (or closed) a worksheet can no longer be voided, and what the refunding
+  // officer entered stands.
+  const bool done = m_stepCode == u"4" || m_stepCode == u"T" || m_stepCode == u"5" || m_stepCode == u"V";
+  if (done) {
+    mCmdButton[VoidButton].setEnabled(false);
+    mFraRefund.setEnabled(false);
+  }
 }
 
 void QORVA_WorkSheet::LoadMe(const QString& customerId, const QString& statusCode, const QString& refundNumber,
@@ -363,7 +371,7 @@ void QORVA_WorkSheet::SendInProgressRefundPI() {
     message.addParameter(marventoParameter(words::params::CustId, m_customerId));
     message.addParameter(marventoParameter(words::params::RefundNbr, m_refundNumber));
     m_requestId = screencore::sendRequest(message, *this);
-    m_timedOut = false;
+    m_watch.requestSent();
     m_services.statusBar.setText(QStringLiteral("Requesting Worksheet Details for Refund number ") + m_refundNumber);
     m_services.ui.setPointer(platform::Pointer::Hourglass);
   });
@@ -372,10 +380,7 @@ void QORVA_WorkSheet::SendInProgressRefundPI() {
 // --- replies -------------------------------------------------------------------------------------------------
 
 void QORVA_WorkSheet::mNcsbMessage_MsgTimeout() {
-  trap(m_services, QStringLiteral("QORVA_Worksheet.mNcsbMessage_MsgTimeout"), [&] {
-    m_timedOut = true;
-    m_watch.timeoutNoticed();
-  });
+  trap(m_services, QStringLiteral("QORVA_Worksheet.mNcsbMessage_MsgTimeout"), [&] { m_watch.timeoutNoticed(); });
 }
 
 void QORVA_WorkSheet::rollBackStepCode() {
@@ -411,17 +416,20 @@ void QORVA_WorkSheet::mNcsbMessage_DataReady(const QString& replyTo, const messa
       // The box, then after a time-out notice UpdateTimeout (or the refund number message) and "Search timed
       // out"; otherwise the save refused and "Search was not successful".
       m_watch.failed(error);
-      if (!m_timedOut) {
+      if (!m_watch.MsgTimedOut()) {
         m_action.clear();
       }
       raise(AppError::LeaveEarly);
     }
-    if (m_numberPending) {
+    if (m_numberPending && !m_watch.isPending()) {
       takeFormNumber(reply);
       m_services.statusBar.setText(title::Ready);
       m_services.ui.setPointer(platform::Pointer::Default);
       return;
     }
+    // Ends the pending save first: unlocking restores the inputs as they were before the save, and the
+    // step the answer shows then sets its own.
+    m_watch.answered();
     if (m_loadedFromOutside) {
       FillRefundWorkSheetInfo(reply);
     } else {
@@ -431,8 +439,6 @@ void QORVA_WorkSheet::mNcsbMessage_DataReady(const QString& replyTo, const messa
       });
     }
     m_dataChanged = false;
-    // Ends the pending save first: unlocking restores the step's buttons, which the save's outcome then sets.
-    m_watch.answered();
     if (m_action == u"ISSUE") {
       m_refundNumber.clear();
     }
@@ -442,7 +448,7 @@ void QORVA_WorkSheet::mNcsbMessage_DataReady(const QString& replyTo, const messa
       mLblData[StatusLabel].setCaption(QStringLiteral("VOIDED"));
       m_action.clear();
     }
-    if (!m_timedOut) {
+    if (!m_watch.MsgTimedOut()) {
       m_services.statusBar.setText(title::Ready);
     }
     if (m_savedOrVoided) {
@@ -730,7 +736,6 @@ void QORVA_WorkSheet::SaveData() {
       LoadVoidRefundDTD(message);
     }
     m_requestId = screencore::sendRequest(message, *this);
-    m_timedOut = false;
     m_saveSent = true;
     m_watch.saveSent(m_requestId, (isVoid() ? QStringLiteral("the void of refund worksheet %1")
                                             : QStringLiteral("the step of refund worksheet %1"))

@@ -123,7 +123,7 @@ public:
   QString SaveState() const { return m_watch.SaveState(); }
   bool AccountChanged() const { return m_watch.AccountChanged(); }
   bool SaveSent() const { return m_saveSent; }
-  bool MsgTimedOut() const { return m_timedOut; }
+  bool MsgTimedOut() const { return m_watch.MsgTimedOut(); }
 
   // --- procedures -----------------------------------------------------------------------------------------
   void Form_Load();
@@ -204,7 +204,6 @@ private:
   bool m_loadedFromOutside = false;
   bool m_savedOrVoided = false;
   bool m_saveSent = false;
-  bool m_timedOut = false;
   std::array<WorksheetStep, StepCount> m_steps{};
   // What a pending save locked, and how each was before, so that the save's end restores the step's gating.
   QList<std::pair<platform::Control*, bool>> m_lockedDuringSave;

@@ -25,7 +25,11 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QRadioButton>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTableView>
 #include <QTableWidget>
 
@@ -141,36 +145,106 @@ TEST_F(PaymentsScenario, AClerkBacksAPaymentOutAndTheAccountShowsItOwedAgain) {
   screenshot(window(), u"payments-05-account-read-again"_s);
 }
 
-TEST_F(PaymentsScenario, CreateRefundHandsTheExcessFundToTheRefundWorksheet) {
+// What the host holds, read beside the running desktop: the next refund number of the series, and the refund
+// worksheets filed under a receipt.
+class HostFiles {
+public:
+  explicit HostFiles(const QString& file) : m_name(u"payments-scenario-check"_s) {
+    QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_name);
+    db.setDatabaseName(file);
+    m_open = db.open();
+  }
+  ~HostFiles() {
+    QSqlDatabase::database(m_name, false).close();
+    QSqlDatabase::removeDatabase(m_name);
+  }
+  bool isOpen() const { return m_open; }
+  qint64 nextRefundNumber() const {
+    QSqlQuery query(QSqlDatabase::database(m_name));
+    query.exec(u"SELECT NEXT_NBR FROM NBR_SEQ WHERE NBR_TYP_CD = 'F'"_s);
+    return query.next() ? query.value(0).toLongLong() : -1;
+  }
+  QStringList worksheetsOf(const QString& receipt) const {
+    QSqlQuery query(QSqlDatabase::database(m_name));
+    query.prepare(u"SELECT RFND_NBR FROM RFND_WRKSHT WHERE RCPT_NBR = ? ORDER BY RFND_NBR"_s);
+    query.addBindValue(receipt);
+    query.exec();
+    QStringList numbers;
+    while (query.next()) {
+      numbers.append(query.value(0).toString().trimmed());
+    }
+    return numbers;
+  }
+
+private:
+  QString m_name;
+  bool m_open = false;
+};
+
+// Create Refund asks the host first and shows the worksheet prepared from its answer. The refund is prepared
+// under one number: the one shown, the one the host files it under and the one printed, and the refund series
+// gives exactly one number for it.
+TEST_F(PaymentsScenario, CreateRefundPreparesOneWorksheetUnderOneRefundNumber) {
   using refunds::QORVA_WorkSheet;
   ASSERT_NO_FATAL_FAILURE(start());
+  HostFiles host(data.filePath(u"adjustacc.sqlite"_s));
+  ASSERT_TRUE(host.isOpen());
+  const qint64 nextBefore = host.nextRefundNumber();
+  ASSERT_GT(nextBefore, 0);
+  const QStringList filedBefore = host.worksheetsOf(u"8000002"_s);
   ASSERT_NO_FATAL_FAILURE(openAccount(u"OVERWEIGHT CITATION ENF003"_s, u"1000028"_s));
-  bool shown = false;
+  QString shownNumber;
+  QString printed;
+  int worksheetsShown = 0;
   ASSERT_NO_FATAL_FAILURE(openReceipt(u"8000002"_s, [&](PayDetailView& detail) {
+    auto& receipt = dynamic_cast<QORVA_PayDetail&>(detail.form());
     GridView* excess = detail.grid(QORVA_PayDetail::ExcessGrid);
     ASSERT_TRUE(waitFor([&] { return rowsOf(excess) == 1; }));
     clickRow(excess, 0);
     ASSERT_TRUE(detail.button(QORVA_PayDetail::CreateRefundButton)->isEnabled());
     whenShown<WorkSheetView>([&](WorkSheetView& sheet) {
+      ++worksheetsShown;
       auto& form = dynamic_cast<QORVA_WorkSheet&>(sheet.form());
       EXPECT_EQ(sheet.dataLabel(QORVA_WorkSheet::ReceiptNumberLabel)->text(), u"8000002"_s);
       EXPECT_EQ(sheet.dataLabel(QORVA_WorkSheet::RefundAmountLabel)->text(), u"$150.00"_s);
       EXPECT_FALSE(sheet.dataLabel(QORVA_WorkSheet::NameLabel)->text().isEmpty());
-      EXPECT_FALSE(form.CustomerID().isEmpty());
-      // The refund number comes from the host while the worksheet shows.
-      EXPECT_TRUE(waitFor([&] { return !sheet.dataLabel(QORVA_WorkSheet::RefundNumberLabel)->text().trimmed().isEmpty(); }));
+      EXPECT_EQ(form.CustomerID(), u"100001"_s);
+      // A new refund: the worksheet takes its number from the refund series as it loads.
+      ASSERT_TRUE(waitFor([&] { return !form.NumberPending(); }));
+      shownNumber = sheet.dataLabel(QORVA_WorkSheet::RefundNumberLabel)->text().trimmed();
+      EXPECT_NE(shownNumber.toLongLong(), 0);
+      EXPECT_EQ(form.RefundNumber(), shownNumber);
       screenshot(sheet, u"payments-10-refund-worksheet-handed-over"_s);
-      shown = true;
-      form.setVisible(false);
+      QRadioButton* taxpayer = sheet.option(QORVA_WorkSheet::ToTaxpayer);
+      QTest::mouseClick(taxpayer, Qt::LeftButton, {}, QPoint(8, taxpayer->height() / 2));
+      sheet.commentBox(QORVA_WorkSheet::HeadquartersComment)->setFocus();
+      QTest::keyClicks(sheet.commentBox(QORVA_WorkSheet::HeadquartersComment), u"Overpaid at the counter"_s);
+      QTest::mouseClick(sheet.button(QORVA_WorkSheet::SaveButton), Qt::LeftButton);
+      ASSERT_TRUE(waitFor([&] { return form.SaveSent() && form.SaveState().isEmpty(); }))
+          << window().statusText()->text().toStdString();
+      EXPECT_TRUE(form.GetSavedVoidedFlag());
+      EXPECT_EQ(sheet.dataLabel(QORVA_WorkSheet::RefundNumberLabel)->text().trimmed(), shownNumber);
+      printed = form.GetWorkSheetforPrint();
+      QTest::mouseClick(sheet.button(QORVA_WorkSheet::CloseButton), Qt::LeftButton);
     });
     QTest::mouseClick(detail.button(QORVA_PayDetail::CreateRefundButton), Qt::LeftButton);
-    ASSERT_TRUE(waitFor([&] { return shown; }));
-    whenShown<QMessageBox>([](QMessageBox& box) { box.button(QMessageBox::Yes)->click(); });
-    boxWatch.stop();
+    ASSERT_TRUE(waitFor([&] { return worksheetsShown > 0; }));
+    // The refund completed: the receipt is read again and its fund is on the worksheet.
+    const platform::Grid& funds = receipt.mSdgDBGrid[QORVA_PayDetail::ExcessGrid];
+    ASSERT_TRUE(waitFor([&] {
+      return funds.rows() == 1 && funds.column(u"RFND_NBR"_s).cellValue(0).toString().trimmed() == shownNumber;
+    })) << funds.column(u"RFND_NBR"_s).cellValue(0).toString().toStdString();
     QTest::mouseClick(detail.button(QORVA_PayDetail::CloseButton), Qt::LeftButton);
   }));
-  boxWatch.start();
-  EXPECT_TRUE(shown);
+  EXPECT_EQ(worksheetsShown, 1);
+  ASSERT_FALSE(shownNumber.isEmpty());
+  EXPECT_TRUE(printed.contains(u"<REFUNDNO>"_s + shownNumber + u"</REFUNDNO>"_s)) << printed.toStdString();
+  QStringList filed = host.worksheetsOf(u"8000002"_s);
+  for (const QString& before : filedBefore) {
+    filed.removeOne(before);
+  }
+  EXPECT_EQ(filed, QStringList{shownNumber});
+  EXPECT_EQ(host.nextRefundNumber(), nextBefore + 1) << "one number of the refund series for one refund";
 }
 
 TEST_F(PaymentsScenario, AnExcessFundOnAWorksheetOpensItWhereItStands) {

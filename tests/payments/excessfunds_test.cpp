@@ -124,83 +124,89 @@ TEST_F(PayDetailTest, WithoutAWorksheetCreateRefundSaysSoPlainly) {
   EXPECT_FALSE(screen().AccountChanged());
 }
 
-TEST_F(PayDetailTest, CreateRefundPrefillsTheWorksheetAndTheAnswerCompletesIt) {
+// The refund information answered for a new refund: the worksheet gets the chosen fund's values, then the
+// answer's over them, and only then is shown; with no worksheet under way it gets no number from here.
+TEST_F(PayDetailTest, CreateRefundAsksFirstAndShowsTheWorksheetPreparedFromFundAndAnswer) {
   open();
   chooseExcess(0);
-  QString refundRequest;
-  QString replyTo;
-  const auto whileShown = [&](RecordingWorksheet& shown) {
-    // What the screen put there before showing it, from the chosen row.
+  bool shownWhileAsking = false;
+  useWorksheets([&](RecordingWorksheet& shown) {
     EXPECT_EQ(shown.customerId, u"100001");
-    EXPECT_EQ(shown.labels.value(RefundWorksheet::NameLabel), u"SMITH TRUCKING LLC");
-    EXPECT_EQ(shown.labels.value(RefundWorksheet::Address1Label), u"12 MAIN ST");
-    EXPECT_EQ(shown.labels.value(RefundWorksheet::CityLabel), u"LINCOLN");
-    EXPECT_EQ(shown.labels.value(RefundWorksheet::StateLabel), u"NE");
-    EXPECT_EQ(shown.labels.value(RefundWorksheet::ZipLabel), u"68508");
-    EXPECT_EQ(shown.labels.value(RefundWorksheet::AmountLabel), u"$125.00");
-    // The refund information arrives while the worksheet is open; no worksheet is under way yet.
-    const messaging::Request* info = nullptr;
-    for (const messaging::Request& request : m_set.link.requests()) {
-      if (request.param(u"key:RCPT_NBR"_s) == u"8000001") {
-        info = &request;
-      }
-    }
-    ASSERT_NE(info, nullptr);
-    refundRequest = info->requestId;
-    replyTo = info->replyTo;
-    EXPECT_EQ(info->code, 47);
-    EXPECT_EQ(info->param(u"key:CUST_ID"_s), u"100001");
-    EXPECT_EQ(m_set.statusBar.text(), u"Requesting Refund Information");
-    messaging::Reply reply;
-    reply.sections.insert(u"REFUND"_s,
-                          rowsOf({u"CUST_ID"_s, u"RFND_NBR"_s, u"STTS_CD"_s, u"CUST_NM"_s, u"ADDR_1"_s,
-                                  u"ADR_2_ADR"_s, u"CITY"_s, u"STATE"_s, u"ZIP"_s},
-                                 {{{u"CUST_ID"_s, u" 100001 "_s}, {u"RFND_NBR"_s, null}, {u"STTS_CD"_s, u"0"_s},
-                                   {u"CUST_NM"_s, u"SMITH TRUCKING"_s}, {u"ADDR_1"_s, u"PO BOX 9"_s},
-                                   {u"ADR_2_ADR"_s, u"DEPT 3"_s}, {u"CITY"_s, u"OMAHA"_s}, {u"STATE"_s, null},
-                                   {u"ZIP"_s, u"68102"_s}}}));
-    ASSERT_TRUE(m_set.link.answer(refundRequest, reply));
-    settle();
     EXPECT_EQ(shown.labels.value(RefundWorksheet::NameLabel), u"SMITH TRUCKING");
     EXPECT_EQ(shown.labels.value(RefundWorksheet::Address1Label), u"PO BOX 9");
     EXPECT_EQ(shown.secondLine, u"DEPT 3");
-    EXPECT_EQ(shown.labels.value(RefundWorksheet::StateLabel), u"NE");  // null: left as it was
+    EXPECT_EQ(shown.labels.value(RefundWorksheet::CityLabel), u"OMAHA");
+    EXPECT_EQ(shown.labels.value(RefundWorksheet::StateLabel), u"NE");  // null in the answer: the fund's
+    EXPECT_EQ(shown.labels.value(RefundWorksheet::ZipLabel), u"68102");
+    EXPECT_EQ(shown.labels.value(RefundWorksheet::AmountLabel), u"$125.00");
     EXPECT_EQ(shown.status, u"0");
     EXPECT_FALSE(shown.labels.contains(RefundWorksheet::RefundNumberLabel));
-    // A new refund: the watch reads the next number; none is known yet, so it says so and goes on trying.
-    ASSERT_TRUE(screen().mTimUpdateTimeoutNumber.isRunning());
-    m_set.ui.clearRecord();
-    for (int tick = 0; tick < 2; ++tick) {
-      ASSERT_TRUE(screen().mTimUpdateTimeoutNumber.fire());
-      EXPECT_TRUE(screen().mTimUpdateTimeoutNumber.isRunning());
-    }
-    EXPECT_EQ(m_set.ui.boxTexts(),
-              QStringList(2, u"The system was not able to read the next available Refund Number.\r\nThe system will "
-                             u"automatically update your Refund Number when available."_s));
-    // The number service's fetch is answered; the next tick writes the number and the watch ends.
-    const messaging::Request fetch = m_set.link.lastRequest();
-    ASSERT_EQ(fetch.code, 60);
-    const QString refundNumber = u"0004512-"_s + m_set.checkDigit.compute(u"0004512"_s).value();
-    messaging::Reply number;
-    number.sections.insert(u"GetFormNumber"_s, rowsOf({u"U"_s}, {{{u"U"_s, refundNumber}}}));
-    ASSERT_TRUE(m_set.link.answer(fetch.requestId, number));
-    settle();
-    ASSERT_TRUE(screen().mTimUpdateTimeoutNumber.fire());
-    EXPECT_EQ(shown.labels.value(RefundWorksheet::RefundNumberLabel), refundNumber);
     EXPECT_FALSE(screen().mTimUpdateTimeoutNumber.isRunning());
     shown.completed = true;
-  };
-  useWorksheets(whileShown);
+  });
   screen().mCmdButton_Click(P::CreateRefundButton);
+  const messaging::Request info = m_set.link.lastRequest();
+  EXPECT_EQ(info.code, 47);
+  EXPECT_EQ(info.replyTo, screen().replyToName());
+  EXPECT_EQ(info.param(u"key:CUST_ID"_s), u"100001");
+  EXPECT_EQ(info.param(u"key:RCPT_NBR"_s), u"8000001");
+  EXPECT_EQ(m_set.statusBar.text(), u"Requesting Refund Information");
+  EXPECT_EQ(m_set.ui.pointer(), platform::Pointer::Hourglass);
+  shownWhileAsking = worksheetsShown > 0;
+  EXPECT_FALSE(shownWhileAsking) << "nothing is shown before the host answers";
+  const qsizetype sent = m_set.link.requestCount();
+  // The clerk chooses another row meanwhile: the worksheet is still for the fund Create Refund was pressed on.
+  messaging::Reply reply;
+  reply.sections.insert(u"REFUND"_s,
+                        rowsOf({u"CUST_ID"_s, u"RFND_NBR"_s, u"STTS_CD"_s, u"CUST_NM"_s, u"ADDR_1"_s, u"ADR_2_ADR"_s,
+                                u"CITY"_s, u"STATE"_s, u"ZIP"_s},
+                               {{{u"CUST_ID"_s, u" 100001 "_s}, {u"RFND_NBR"_s, null}, {u"STTS_CD"_s, u"0"_s},
+                                 {u"CUST_NM"_s, u"SMITH TRUCKING"_s}, {u"ADDR_1"_s, u"PO BOX 9"_s},
+                                 {u"ADR_2_ADR"_s, u"DEPT 3"_s}, {u"CITY"_s, u"OMAHA"_s}, {u"STATE"_s, null},
+                                 {u"ZIP"_s, u"68102"_s}}}));
+  ASSERT_TRUE(m_set.link.answer(info.requestId, reply));
+  settle();
   ASSERT_EQ(worksheetsShown, 1);
-  EXPECT_EQ(replyTo, screen().replyToName());
+  // No refund number was read for it here: the worksheet takes its own.
+  for (qsizetype index = sent; index < m_set.link.requestCount(); ++index) {
+    EXPECT_NE(m_set.link.requests().at(index).code, 60);
+  }
+  EXPECT_FALSE(screen().mTimUpdateTimeoutNumber.isRunning());
   // A completed refund: the receipt is read again and the opener will read the account again.
   EXPECT_TRUE(screen().AccountChanged());
-  const auto reload = std::find_if(m_set.link.requests().rbegin(), m_set.link.requests().rend(),
-                                   [](const messaging::Request& r) { return r.code == 47; });
-  ASSERT_NE(reload, m_set.link.requests().rend());
-  EXPECT_EQ(reload->param(u"key:RECEIPT_DETL"_s), u"YES");
+  const messaging::Request reload = m_set.link.lastRequest();
+  EXPECT_EQ(reload.code, 47);
+  EXPECT_EQ(reload.param(u"key:RECEIPT_DETL"_s), u"YES");
   EXPECT_EQ(grid(P::ExcessGrid).rows(), 0);  // until the receipt comes back
+}
+
+TEST_F(PayDetailTest, ARefusedOrTimedOutRefundInformationOpensNoWorksheet) {
+  for (const bool timesOut : {false, true}) {
+    SCOPED_TRACE(timesOut ? "timed out" : "refused");
+    open();
+    useWorksheets();
+    m_set.ui.clearRecord();
+    chooseExcess(0);
+    screen().mCmdButton_Click(P::CreateRefundButton);
+    if (timesOut) {
+      screen().mNcsbMessage_MsgTimeout();
+    }
+    messaging::Reply refusal;
+    refusal.error = u"Receipt 8000001 has no excess fund of customer 100001."_s;
+    answer(refusal);
+    EXPECT_EQ(worksheetsShown, 0);
+    ASSERT_EQ(m_set.ui.boxCount(), 1);
+    EXPECT_EQ(m_set.ui.lastBox().icon, MsgIcon::Critical);
+    EXPECT_EQ(m_set.statusBar.text(), timesOut ? u"Search timed out" : u"Search was not successful");
+    EXPECT_EQ(m_set.ui.pointer(), platform::Pointer::Default);
+    // A late answer to the same request changes nothing either.
+    messaging::Reply late;
+    late.sections.insert(u"REFUND"_s, rowsOf({u"CUST_ID"_s}, {{{u"CUST_ID"_s, u"100001"_s}}}));
+    m_set.link.answerLast(late);
+    settle();
+    EXPECT_EQ(worksheetsShown, 0);
+    EXPECT_FALSE(screen().AccountChanged());
+  }
 }
 
 TEST_F(PayDetailTest, AnExcessFundOnAWorksheetOpensThatWorksheetWhereItStands) {
@@ -234,25 +240,45 @@ TEST_F(PayDetailTest, AWorksheetAlreadyUnderWayKeepsItsNumberAndAClosedOneLeaves
   open();
   chooseExcess(0);
   useWorksheets([&](RecordingWorksheet& shown) {
-    messaging::Reply reply;
-    reply.sections.insert(u"REFUND"_s, rowsOf({u"CUST_ID"_s, u"RFND_NBR"_s, u"STTS_CD"_s},
-                                              {{{u"CUST_ID"_s, u"100001"_s}, {u"RFND_NBR"_s, u"0004499-1"_s},
-                                                {u"STTS_CD"_s, u"2"_s}}}));
-    const messaging::Request info = m_set.link.requests().at(m_set.link.requestCount() - 2);
-    ASSERT_EQ(info.param(u"key:RCPT_NBR"_s), u"8000001");
-    ASSERT_TRUE(m_set.link.answer(info.requestId, reply));
-    settle();
     EXPECT_EQ(shown.labels.value(RefundWorksheet::RefundNumberLabel), u"0004499-1");
     EXPECT_EQ(shown.status, u"2");
     EXPECT_FALSE(screen().mTimUpdateTimeoutNumber.isRunning());
   });
   const qsizetype before = m_set.link.requestCount();
   screen().mCmdButton_Click(P::CreateRefundButton);
+  messaging::Reply reply;
+  reply.sections.insert(u"REFUND"_s, rowsOf({u"CUST_ID"_s, u"RFND_NBR"_s, u"STTS_CD"_s},
+                                            {{{u"CUST_ID"_s, u"100001"_s}, {u"RFND_NBR"_s, u"0004499-1"_s},
+                                              {u"STTS_CD"_s, u"2"_s}}}));
+  answer(reply);
   ASSERT_EQ(worksheetsShown, 1);
   EXPECT_FALSE(screen().AccountChanged());
   EXPECT_EQ(grid(P::ExcessGrid).rows(), 1);
-  // The refund information and the number fetched ahead; no reload of the receipt.
-  EXPECT_EQ(m_set.link.requestCount(), before + 2);
+  // Only the refund information was asked for; the receipt is not read again.
+  EXPECT_EQ(m_set.link.requestCount(), before + 1);
+}
+
+// The refund-number watch is switched on only by its own failed tick: it retries until it reads a number.
+TEST_F(PayDetailTest, TheRefundNumberWatchRetriesUntilItReadsANumber) {
+  open();
+  EXPECT_FALSE(screen().mTimUpdateTimeoutNumber.isRunning());
+  m_set.ui.clearRecord();
+  for (int tick = 0; tick < 2; ++tick) {
+    screen().mTimUpdateTimeoutNumber_Timer();
+    EXPECT_TRUE(screen().mTimUpdateTimeoutNumber.isRunning());
+  }
+  EXPECT_EQ(m_set.ui.boxTexts(),
+            QStringList(2, u"The system was not able to read the next available Refund Number.\r\nThe system will "
+                           u"automatically update your Refund Number when available."_s));
+  const messaging::Request fetch = m_set.link.lastRequest();
+  ASSERT_EQ(fetch.code, 60);
+  messaging::Reply number;
+  number.sections.insert(u"GetFormNumber"_s, rowsOf({u"U"_s}, {{{u"U"_s, u"0004512-"_s + m_set.checkDigit.compute(u"0004512"_s).value()}}}));
+  ASSERT_TRUE(m_set.link.answer(fetch.requestId, number));
+  settle();
+  ASSERT_TRUE(screen().mTimUpdateTimeoutNumber.fire());
+  EXPECT_FALSE(screen().mTimUpdateTimeoutNumber.isRunning());
+  EXPECT_EQ(m_set.ui.boxCount(), 2);
 }
 
 // --- transfer -------------------------------------------------------------------------------------------------
@@ -362,6 +388,58 @@ TEST_F(TransferTest, ARefusedTransferKeepsTheEntry) {
     t.mCmd[T::CloseButton].click();
   });
   EXPECT_FALSE(screen().AccountChanged());
+}
+
+TEST_F(TransferTest, AnUnansweredTransferIsWarnedAboutAndEndsWithTheNoConnectionText) {
+  open();
+  transfer([&](T& t) {
+    enterLine(t, numberFor(u"1000011"_s), u"100.00"_s);
+    t.mCmd[T::SaveButton].click();
+    ASSERT_EQ(t.SaveState(), u"SAVEPENDING");
+    ASSERT_TRUE(t.mTimUpdateTimeout.fire());
+    EXPECT_EQ(m_set.ui.lastBox().text, screencore::SaveWatch::kNoResponseWarning);
+    EXPECT_EQ(m_set.ui.lastBox().icon, MsgIcon::Exclamation);
+    EXPECT_EQ(m_set.statusBar.text(), u"No connection.  Check back later to see if your request saved.");
+    EXPECT_TRUE(t.SaveState().isEmpty());
+    t.mCmd[T::CloseButton].click();
+  });
+  EXPECT_TRUE(screen().AccountChanged());
+}
+
+// A transfer answered, or taken as applied after a time-out, is no longer open: a second transfer from the
+// same screen draws on what is left, in a fresh entry of one empty line.
+TEST_F(TransferTest, ASecondTransferDrawsOnWhatTheFirstLeftOpen) {
+  for (const bool timesOut : {false, true}) {
+    SCOPED_TRACE(timesOut ? "timed out" : "answered");
+    open();
+    m_set.ui.clearRecord();
+    transfer([&](T& t) {
+      enterLine(t, numberFor(u"1000011"_s), u"100.00"_s);
+      t.mCmd[T::SaveButton].click();
+      ASSERT_EQ(t.SaveState(), u"SAVEPENDING");
+      if (timesOut) {
+        t.mNcsbMessage_MsgTimeout();
+        messaging::Reply late;
+        late.error = u"The request timed out."_s;
+        answer(late);
+      } else {
+        answer(receiptReply(standard()));
+      }
+      ASSERT_TRUE(t.SaveState().isEmpty());
+      ASSERT_EQ(t.QORVA_Payment1.lineCount(), 1);
+      EXPECT_TRUE(t.QORVA_Payment1.line(0).amount.isEmpty());
+      EXPECT_EQ(t.QORVA_Payment1.excessAmount(), platform::Currency::fromCents(2500));
+      m_set.ui.clearRecord();
+      const qsizetype before = m_set.link.requestCount();
+      enterLine(t, numberFor(u"1000029"_s), u"30.00"_s);
+      t.mCmd[T::SaveButton].click();
+      ASSERT_EQ(m_set.ui.boxCount(), 1);
+      EXPECT_EQ(m_set.ui.lastBox().text, u"The transfer of $30.00 is more than the excess fund of $25.00\r\n");
+      EXPECT_EQ(m_set.link.requestCount(), before);
+      t.mCmd[T::CloseButton].click();
+    });
+    EXPECT_TRUE(screen().AccountChanged());
+  }
 }
 
 TEST_F(PayDetailTest, FormTerminateResetsOnlyAnEntryHeldByAnOutstandingSaveAndZeroSendsNoRecords) {

@@ -331,5 +331,30 @@ TEST_F(PayDetailTest, AnUnansweredSaveLeavesOnlyClose) {
   EXPECT_EQ(m_set.link.lastRequest().replyTo, screencore::kSaveOutcomeReplyTo);
 }
 
+// A save that timed out is over; the receipt read again afterwards and refused is a failed search, not a
+// second time-out (which would conclude a save that is not there).
+TEST_F(PayDetailTest, AnInquiryAfterATimedOutSaveIsRefusedAsAFailedSearch) {
+  open();
+  enter();
+  mark(0, u"BACKOUT"_s);
+  screen().SaveData();
+  ASSERT_EQ(screen().SaveState(), u"SAVEPENDING");
+  screen().mNcsbMessage_MsgTimeout();
+  messaging::Reply timedOut;
+  timedOut.error = u"The request timed out."_s;
+  answer(timedOut);
+  ASSERT_EQ(m_set.statusBar.text(), u"Search timed out");
+  ASSERT_TRUE(screen().MsgTimedOut());
+
+  screen().SendReceiptPI();
+  EXPECT_FALSE(screen().MsgTimedOut());
+  messaging::Reply refusal;
+  refusal.error = u"Receipt 8000001 was not found."_s;
+  ASSERT_TRUE(m_set.link.answer(screen().requestId(), refusal));
+  settle();
+  EXPECT_TRUE(m_set.ui.lastBox().text.contains(u"Receipt 8000001 was not found."_s));
+  EXPECT_EQ(m_set.statusBar.text(), u"Search was not successful");
+}
+
 }  // namespace
 }  // namespace adjustacc::payments::testing

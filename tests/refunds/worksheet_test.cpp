@@ -392,6 +392,34 @@ TEST_F(WorkSheetTest, ASavePendingLocksTheScreenUntilTheHostAnswers) {
   EXPECT_EQ(m_set.ui.pointer(), platform::Pointer::Default);
 }
 
+// The answer to a step shows the worksheet at its new step; unlocking after the save does not give back
+// what the new step takes away.
+TEST_F(WorkSheetTest, TheAnsweredStepsControlsWinOverTheUnlockAfterTheSave) {
+  W& s = openExisting(u"2"_s);
+  ASSERT_TRUE(s.mFra[W::ReceiverFrame].isEnabled());
+  s.mCmdButton[W::SaveButton].click();
+  ASSERT_EQ(s.SaveState(), u"SAVEPENDING") << s.ErrorText().toStdString();
+  answer(worksheetReply(worksheetAt(u"3"_s)));
+  EXPECT_EQ(s.SaveState(), u"");
+  EXPECT_EQ(s.StepCode(), u"3");
+  EXPECT_FALSE(s.mFra[W::ReceiverFrame].isEnabled());
+  EXPECT_FALSE(s.mTxtRefund[W::HeadquartersComment].isEnabled());
+
+  W& r = openExisting(u"3"_s);
+  r.mRdo[W::Refunded].setValue(true);
+  r.mTxt[W::WarrantNumberBox].setText(u"W-5501"_s);
+  ASSERT_TRUE(enabled(W::VoidButton));
+  r.mCmdButton[W::SaveButton].click();
+  ASSERT_EQ(r.SaveState(), u"SAVEPENDING") << r.ErrorText().toStdString();
+  answer(worksheetReply(worksheetAt(u"4"_s)));
+  EXPECT_EQ(r.StepCode(), u"4");
+  EXPECT_FALSE(enabled(W::VoidButton)) << "a refunded worksheet can not be voided";
+  EXPECT_FALSE(r.mFraRefund.isEnabled());
+  EXPECT_FALSE(enabled(W::SaveButton));
+  EXPECT_TRUE(enabled(W::PrintButton));
+  EXPECT_TRUE(enabled(W::CloseButton));
+}
+
 TEST_F(WorkSheetTest, ARefusedNewWorksheetStepsBackAndMayBeSavedAgain) {
   W& s = openNew();
   s.mRdo[W::ToTaxpayer].setValue(true);
@@ -451,6 +479,56 @@ TEST_F(WorkSheetTest, ANumberThatTimedOutSaysSo) {
   EXPECT_EQ(m_set.ui.boxTexts().last(), u"System could not generate refund number right now.\r\nPlease try again later.");
   EXPECT_FALSE(s.NumberPending());
   EXPECT_EQ(m_set.statusBar.text(), u"Search timed out");
+}
+
+// One time-out flag: the details asked for again after a timed-out request are their own request, and their
+// refusal is a failed search (the step chosen is cleared), not a time-out.
+TEST_F(WorkSheetTest, DetailsAskedForAgainAfterATimeOutAreRefusedAsAFailedSearch) {
+  W& s = openExisting(u"2"_s);
+  s.SendInProgressRefundPI();
+  s.mNcsbMessage_MsgTimeout();
+  answerError(u"The host did not answer in time."_s);
+  ASSERT_EQ(m_set.statusBar.text(), u"Search timed out");
+  ASSERT_TRUE(s.MsgTimedOut());
+
+  s.SendInProgressRefundPI();
+  EXPECT_FALSE(s.MsgTimedOut());
+  s.setAction(u"VOID"_s);
+  answerError(u"Refund worksheet 3000002 was not found."_s);
+  EXPECT_EQ(m_set.statusBar.text(), u"Search was not successful");
+  EXPECT_EQ(s.Action(), u"");
+}
+
+// A number request refused without a time-out leaves the number pending; should a number reach the label by
+// another way and a save be sent, the save owns the answers that follow: its time-out concludes it, and its
+// answer is not read as a refund number.
+TEST_F(WorkSheetTest, ASaveSentWhileANumberIsPendingOwnsItsAnswers) {
+  for (const bool timesOut : {true, false}) {
+    SCOPED_TRACE(timesOut ? "timed out" : "answered");
+    W& s = openNew(u""_s);
+    answerError(u"The refund number series is closed."_s);
+    ASSERT_TRUE(s.NumberPending());
+    s.mLblData[W::RefundNumberLabel].setCaption(u"3000009"_s);
+    s.mRdo[W::ToTaxpayer].setValue(true);
+    s.mTxtRefund[W::HeadquartersComment].setText(u"Overpaid"_s);
+    m_set.ui.clearRecord();
+    s.mCmdButton[W::SaveButton].click();
+    ASSERT_EQ(s.SaveState(), u"SAVEPENDING") << s.ErrorText().toStdString();
+    if (timesOut) {
+      s.mNcsbMessage_MsgTimeout();
+      answerError(u"The host did not answer in time."_s);
+      EXPECT_FALSE(m_set.ui.boxTexts().contains(
+          u"System could not generate refund number right now.\r\nPlease try again later."_s));
+      EXPECT_EQ(m_set.statusBar.text(), u"Search timed out");
+    } else {
+      answer(worksheetReply(worksheetAt(u"1"_s)));
+      EXPECT_EQ(m_set.ui.boxCount(), 0) << m_set.ui.lastBox().text.toStdString();
+      EXPECT_TRUE(s.GetSavedVoidedFlag());
+    }
+    EXPECT_EQ(s.SaveState(), u"");
+    EXPECT_TRUE(s.AccountChanged());
+    EXPECT_TRUE(enabled(W::CloseButton));
+  }
 }
 
 TEST_F(WorkSheetTest, ClosingForgetsTheRefundNumberAndHides) {
