@@ -15,6 +15,7 @@
 #include "ardetail/accdetail.h"
 #include "document/adjustacc.h"
 #include "host/embeddedlink.h"
+#include "host/handlers.h"
 #include "host/syntheticdata.h"
 #include "inquiry/forminq.h"
 #include "platform/user.h"
@@ -46,17 +47,6 @@ using benchsupport::die;
 
 constexpr int kAssessments = 1000;
 const QString kRawConnection = QStringLiteral("bench-ardetail-raw");
-
-// The host's statement for the assessments of one receivable (the assessment section's own text).
-const QString kAssessmentsSql = QStringLiteral(
-    "SELECT s.VLTN_ASSMT_STTS_CD, s.VLTN_ASSMT_SEQ_NBR, s.TRNSCTN_NBR, s.CUST_ID, c.CUST_NM, "
-    "s.ASSMT_ISSUE_DT, s.ADJSTMT_DT, s.ASSMT_CD, s.LIC_PRCHS_OPTN_IND, s.AC_ASMT_AMT, s.CL_ASMT_AMT, "
-    "s.BAL_DUE_AMT, s.STTS_IND, s.ASSMT_TYP_CD, s.ROW_VRSN_NBR, "
-    "CASE WHEN s.VLTN_ASSMT_STTS_CD <> 'A' THEN (SELECT r.PRIOR_BAL_AMT FROM ASSMT_ADJSTMT r "
-    "WHERE r.ASSMT_ID = s.ASSMT_ID AND r.CHANGE_CD = 'R' AND NOT EXISTS (SELECT 1 FROM ASSMT_ADJSTMT "
-    "x WHERE x.REVERSES_ID = r.ASSMT_ADJSTMT_ID) ORDER BY r.ASSMT_ADJSTMT_ID DESC LIMIT 1) END "
-    "FROM VLTN_ASSMT s JOIN CUSTOMER c ON c.CUST_ID = s.CUST_ID WHERE s.ACCT_RCVBL_ID = ? "
-    "ORDER BY s.ASSMT_CD, s.ASSMT_ISSUE_DT, s.VLTN_ASSMT_SEQ_NBR");
 
 struct Bench {
   QTemporaryDir dir;
@@ -237,7 +227,7 @@ void BM_RawSql(benchmark::State& state) {
   for (auto _ : state) {
     QSqlQuery query(db);
     query.setForwardOnly(true);
-    query.prepare(kAssessmentsSql);
+    query.prepare(host::assessmentStatement());  // the host's own statement
     query.addBindValue(b.receivableId);
     run(query);
     const int columns = query.record().count();

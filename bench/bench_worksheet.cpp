@@ -8,6 +8,7 @@
 #include "screenbench.h"
 
 #include "desktop/templateprinting.h"
+#include "host/handlers.h"
 #include "host/hostsystem.h"
 #include "platform/ui.h"
 #include "refunds/worksheet.h"
@@ -38,24 +39,6 @@ using refunds::QORVA_WorkSheet;
 const QString kRawConnection = QStringLiteral("bench-worksheet-raw");
 const QString kNumber = QStringLiteral("3000006");
 const QString kCustomer = QStringLiteral("100003");
-
-// The worksheet inquiry's statement (the host's own text).
-const QString kWorksheetSql = QStringLiteral(
-    "SELECT w.RCPT_NBR, w.CUST_ID, w.RFND_NBR, w.RFND_AMT, w.RFND_TO_CD, w.DT_MLD, w.CREATED_DT, "
-    "w.CREATOR_ID, w.VERIFY_ID, w.APPROVE_ID, w.RFND_BY_ID, w.VOID_ID, w.DMV_CMMT_TXT, "
-    "w.FISCAL_CMMT_TXT, w.RFND_CD, w.WRNT_NBR, w.RFND_DT, w.STTS_CD, c.CUST_NM, c.ADDR_1, c.ADDR_2, "
-    "c.CITY, c.STATE, c.ZIP, w.ROW_VRSN_NBR, "
-    "oc.OFFICER_NM, w.CREATED_TS, ov.OFFICER_NM, w.VERIFY_TS, oa.OFFICER_NM, w.APPROVE_TS, "
-    "orf.OFFICER_NM, w.RFND_BY_TS, w.MAILED_BY_ID, om.OFFICER_NM, w.MAILED_TS, ovd.OFFICER_NM, "
-    "w.VOID_TS "
-    "FROM RFND_WRKSHT w JOIN CUSTOMER c ON c.CUST_ID = w.CUST_ID "
-    "LEFT JOIN OFFICER oc ON oc.OFFICER_ID = w.CREATOR_ID "
-    "LEFT JOIN OFFICER ov ON ov.OFFICER_ID = w.VERIFY_ID "
-    "LEFT JOIN OFFICER oa ON oa.OFFICER_ID = w.APPROVE_ID "
-    "LEFT JOIN OFFICER orf ON orf.OFFICER_ID = w.RFND_BY_ID "
-    "LEFT JOIN OFFICER om ON om.OFFICER_ID = w.MAILED_BY_ID "
-    "LEFT JOIN OFFICER ovd ON ovd.OFFICER_ID = w.VOID_ID "
-    "WHERE w.RFND_NBR = ?");
 
 struct Bench {
   QTemporaryDir dir;
@@ -117,7 +100,7 @@ void BM_RawSql(benchmark::State& state) {
   for (auto _ : state) {
     QSqlQuery query(db);
     query.setForwardOnly(true);
-    query.prepare(kWorksheetSql);
+    query.prepare(host::worksheetStatement());  // the host's own statement
     query.addBindValue(kNumber);
     if (!query.exec()) {
       die(query.lastError().text());

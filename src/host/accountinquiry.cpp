@@ -189,20 +189,23 @@ const SectionBuilder& assessmentBuilder() {
 
 }  // namespace
 
+const QString& assessmentStatement() {
+  static const QString statement = QStringLiteral(
+      "SELECT s.VLTN_ASSMT_STTS_CD, s.VLTN_ASSMT_SEQ_NBR, s.TRNSCTN_NBR, s.CUST_ID, c.CUST_NM, "
+      "s.ASSMT_ISSUE_DT, s.ADJSTMT_DT, s.ASSMT_CD, s.LIC_PRCHS_OPTN_IND, s.AC_ASMT_AMT, s.CL_ASMT_AMT, "
+      "s.BAL_DUE_AMT, s.STTS_IND, s.ASSMT_TYP_CD, s.ROW_VRSN_NBR, "
+      // What a removed assessment still owed when its open removal was made: what reinstating it
+      // owes again.
+      "CASE WHEN s.VLTN_ASSMT_STTS_CD <> 'A' THEN (SELECT r.PRIOR_BAL_AMT FROM ASSMT_ADJSTMT r "
+      "WHERE r.ASSMT_ID = s.ASSMT_ID AND r.CHANGE_CD = 'R' AND NOT EXISTS (SELECT 1 FROM ASSMT_ADJSTMT "
+      "x WHERE x.REVERSES_ID = r.ASSMT_ADJSTMT_ID) ORDER BY r.ASSMT_ADJSTMT_ID DESC LIMIT 1) END "
+      "FROM VLTN_ASSMT s JOIN CUSTOMER c ON c.CUST_ID = s.CUST_ID WHERE s.ACCT_RCVBL_ID = ? "
+      "ORDER BY s.ASSMT_CD, s.ASSMT_ISSUE_DT, s.VLTN_ASSMT_SEQ_NBR");
+  return statement;
+}
+
 Result<RecordSet> assessmentSection(const Sql& sql, qint64 receivableId) {
-  return assessmentBuilder().run(
-      sql,
-      QStringLiteral("SELECT s.VLTN_ASSMT_STTS_CD, s.VLTN_ASSMT_SEQ_NBR, s.TRNSCTN_NBR, s.CUST_ID, c.CUST_NM, "
-                     "s.ASSMT_ISSUE_DT, s.ADJSTMT_DT, s.ASSMT_CD, s.LIC_PRCHS_OPTN_IND, s.AC_ASMT_AMT, s.CL_ASMT_AMT, "
-                     "s.BAL_DUE_AMT, s.STTS_IND, s.ASSMT_TYP_CD, s.ROW_VRSN_NBR, "
-                     // What a removed assessment still owed when its open removal was made: what reinstating it
-                     // owes again.
-                     "CASE WHEN s.VLTN_ASSMT_STTS_CD <> 'A' THEN (SELECT r.PRIOR_BAL_AMT FROM ASSMT_ADJSTMT r "
-                     "WHERE r.ASSMT_ID = s.ASSMT_ID AND r.CHANGE_CD = 'R' AND NOT EXISTS (SELECT 1 FROM ASSMT_ADJSTMT "
-                     "x WHERE x.REVERSES_ID = r.ASSMT_ADJSTMT_ID) ORDER BY r.ASSMT_ADJSTMT_ID DESC LIMIT 1) END "
-                     "FROM VLTN_ASSMT s JOIN CUSTOMER c ON c.CUST_ID = s.CUST_ID WHERE s.ACCT_RCVBL_ID = ? "
-                     "ORDER BY s.ASSMT_CD, s.ASSMT_ISSUE_DT, s.VLTN_ASSMT_SEQ_NBR"),
-      {receivableId});
+  return assessmentBuilder().run(sql, assessmentStatement(), {receivableId});
 }
 
 Outcome assessmentInquiry(const Context& context) {

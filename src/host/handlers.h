@@ -51,4 +51,9 @@ messaging::Result<messaging::RecordSet> receivableSection(const Sql& sql, qint64
 // The ACCOUNTACTIVITY section of one account receivable, newest first.
 messaging::Result<messaging::RecordSet> activitySection(const Sql& sql, qint64 receivableId);
 
+// The statements behind the ASSESSMENT section (one bound value: the receivable's id) and the REFUND
+// worksheet section (one bound value: the refund number), for the benchmarks that run them raw as their anchor.
+const QString& assessmentStatement();
+const QString& worksheetStatement();
+
 }  // namespace adjustacc::host

@@ -5,6 +5,8 @@
 #include "requestlog.h"
 #include "transaction.h"
 
+#include "messaging/calendarday.h"
+
 #include <QHash>
 #include <QDateTime>
 #include <QSqlDatabase>
@@ -142,34 +144,6 @@ constexpr int kSaveAttempts = 3;
 // Bounds the officers one connection remembers; the cache simply starts over.
 constexpr qsizetype kMaxCachedOfficers = 256;
 
-// The agency's calendar day, for every request. Reading the local date costs a time-zone conversion (and a
-// look at the zone file) each time, so the day is kept with the moments it starts and ends and read again
-// only when the clock leaves it.
-class CalendarDay {
-public:
-  QDate today() {
-    const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    if (now >= m_startMs && now < m_endMs) {
-      return m_day;
-    }
-    const QDate day = QDateTime::fromMSecsSinceEpoch(now, Qt::LocalTime).date();
-    const qint64 start = QDateTime(day, QTime(0, 0), Qt::LocalTime).toMSecsSinceEpoch();
-    const qint64 end = QDateTime(day.addDays(1), QTime(0, 0), Qt::LocalTime).toMSecsSinceEpoch();
-    if (start <= now && now < end) {
-      m_day = day;
-      m_startMs = start;
-      m_endMs = end;
-    } else {
-      m_startMs = m_endMs = 0;  // a day the zone rules make odd: not kept
-    }
-    return day;
-  }
-
-private:
-  QDate m_day;
-  qint64 m_startMs = 0;
-  qint64 m_endMs = 0;
-};
 
 }  // namespace
 
@@ -186,7 +160,7 @@ struct HostSystem::Impl {
   QHash<QString, CachedOfficer> officers;
   std::chrono::milliseconds officerLifetime = kDefaultOfficerCacheLifetime;
   DutySeparation duties = DutySeparation::NeighbouringSteps;
-  CalendarDay calendar;
+  messaging::CalendarDay calendar;  // the agency's day, for every request
 
   Result<std::optional<Officer>> officerFor(const QString& officerId, bool fresh);
 

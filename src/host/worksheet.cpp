@@ -14,6 +14,27 @@ namespace adjustacc::host {
 using messaging::RecordSet;
 using messaging::Result;
 
+// The officers' names come from the officers' table; an id that is not there leaves the name null.
+const QString& worksheetStatement() {
+  static const QString statement = QStringLiteral(
+      "SELECT w.RCPT_NBR, w.CUST_ID, w.RFND_NBR, w.RFND_AMT, w.RFND_TO_CD, w.DT_MLD, w.CREATED_DT, "
+      "w.CREATOR_ID, w.VERIFY_ID, w.APPROVE_ID, w.RFND_BY_ID, w.VOID_ID, w.DMV_CMMT_TXT, "
+      "w.FISCAL_CMMT_TXT, w.RFND_CD, w.WRNT_NBR, w.RFND_DT, w.STTS_CD, c.CUST_NM, c.ADDR_1, c.ADDR_2, "
+      "c.CITY, c.STATE, c.ZIP, w.ROW_VRSN_NBR, "
+      "oc.OFFICER_NM, w.CREATED_TS, ov.OFFICER_NM, w.VERIFY_TS, oa.OFFICER_NM, w.APPROVE_TS, "
+      "orf.OFFICER_NM, w.RFND_BY_TS, w.MAILED_BY_ID, om.OFFICER_NM, w.MAILED_TS, ovd.OFFICER_NM, "
+      "w.VOID_TS "
+      "FROM RFND_WRKSHT w JOIN CUSTOMER c ON c.CUST_ID = w.CUST_ID "
+      "LEFT JOIN OFFICER oc ON oc.OFFICER_ID = w.CREATOR_ID "
+      "LEFT JOIN OFFICER ov ON ov.OFFICER_ID = w.VERIFY_ID "
+      "LEFT JOIN OFFICER oa ON oa.OFFICER_ID = w.APPROVE_ID "
+      "LEFT JOIN OFFICER orf ON orf.OFFICER_ID = w.RFND_BY_ID "
+      "LEFT JOIN OFFICER om ON om.OFFICER_ID = w.MAILED_BY_ID "
+      "LEFT JOIN OFFICER ovd ON ovd.OFFICER_ID = w.VOID_ID "
+      "WHERE w.RFND_NBR = ?");
+  return statement;
+}
+
 namespace {
 
 const SectionBuilder& worksheetBuilder() {
@@ -32,25 +53,7 @@ const SectionBuilder& worksheetBuilder() {
 }
 
 Result<RecordSet> worksheetSection(const Sql& sql, const QString& refundNumber) {
-  // The officers' names come from the officers' table; an id that is not there leaves the name null.
-  return worksheetBuilder().run(
-      sql,
-      QStringLiteral("SELECT w.RCPT_NBR, w.CUST_ID, w.RFND_NBR, w.RFND_AMT, w.RFND_TO_CD, w.DT_MLD, w.CREATED_DT, "
-                     "w.CREATOR_ID, w.VERIFY_ID, w.APPROVE_ID, w.RFND_BY_ID, w.VOID_ID, w.DMV_CMMT_TXT, "
-                     "w.FISCAL_CMMT_TXT, w.RFND_CD, w.WRNT_NBR, w.RFND_DT, w.STTS_CD, c.CUST_NM, c.ADDR_1, c.ADDR_2, "
-                     "c.CITY, c.STATE, c.ZIP, w.ROW_VRSN_NBR, "
-                     "oc.OFFICER_NM, w.CREATED_TS, ov.OFFICER_NM, w.VERIFY_TS, oa.OFFICER_NM, w.APPROVE_TS, "
-                     "orf.OFFICER_NM, w.RFND_BY_TS, w.MAILED_BY_ID, om.OFFICER_NM, w.MAILED_TS, ovd.OFFICER_NM, "
-                     "w.VOID_TS "
-                     "FROM RFND_WRKSHT w JOIN CUSTOMER c ON c.CUST_ID = w.CUST_ID "
-                     "LEFT JOIN OFFICER oc ON oc.OFFICER_ID = w.CREATOR_ID "
-                     "LEFT JOIN OFFICER ov ON ov.OFFICER_ID = w.VERIFY_ID "
-                     "LEFT JOIN OFFICER oa ON oa.OFFICER_ID = w.APPROVE_ID "
-                     "LEFT JOIN OFFICER orf ON orf.OFFICER_ID = w.RFND_BY_ID "
-                     "LEFT JOIN OFFICER om ON om.OFFICER_ID = w.MAILED_BY_ID "
-                     "LEFT JOIN OFFICER ovd ON ovd.OFFICER_ID = w.VOID_ID "
-                     "WHERE w.RFND_NBR = ?"),
-      {refundNumber});
+  return worksheetBuilder().run(sql, worksheetStatement(), {refundNumber});
 }
 
 Result<std::optional<Worksheet>> readWorksheet(const Sql& sql, const QString& number) {

@@ -1,13 +1,13 @@
-#include "clock.h"
+#include "calendarday.h"
 
-namespace adjustacc::platform {
+#include <QDateTime>
+#include <QTime>
 
-QDate Clock::today() const {
-  if (m_fixed) {
-    return m_fixed->date();
-  }
+namespace adjustacc::messaging {
+
+QDate CalendarDay::today() const {
   const qint64 now = QDateTime::currentMSecsSinceEpoch();
-  if (now >= m_dayStartMs && now < m_dayEndMs) {
+  if (now >= m_startMs && now < m_endMs) {
     return m_day;
   }
   const QDate day = QDateTime::fromMSecsSinceEpoch(now, Qt::LocalTime).date();
@@ -15,12 +15,12 @@ QDate Clock::today() const {
   const qint64 end = QDateTime(day.addDays(1), QTime(0, 0), Qt::LocalTime).toMSecsSinceEpoch();
   if (start <= now && now < end) {
     m_day = day;
-    m_dayStartMs = start;
-    m_dayEndMs = end;
+    m_startMs = start;
+    m_endMs = end;
   } else {
-    m_dayStartMs = m_dayEndMs = 0;  // a day the zone's rules make odd: not kept
+    m_startMs = m_endMs = 0;  // a day the zone's rules make odd: not kept
   }
   return day;
 }
 
-}  // namespace adjustacc::platform
+}  // namespace adjustacc::messaging
