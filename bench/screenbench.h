@@ -61,6 +61,12 @@ private:
 
 using BenchFunction = void (*)(benchmark::State&);
 
+struct NamedBench {
+  const char* name;
+  BenchFunction function;
+  int iterations = 0;  // per repetition; 0: as many as the library finds it needs
+};
+
 // Before the application object is made: offscreen unless the caller chose a platform.
 inline void preferOffscreen() {
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
@@ -70,19 +76,21 @@ inline void preferOffscreen() {
 
 // Runs the named benchmarks in the order given, five repetitions each, in milliseconds of real time; false
 // when the command line held arguments the benchmark library does not know.
-inline bool runBenchmarks(int& argc, char** argv, std::initializer_list<std::pair<const char*, BenchFunction>> benches,
-                          MedianReporter& reporter) {
+inline bool runBenchmarks(int& argc, char** argv, std::initializer_list<NamedBench> benches, MedianReporter& reporter) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
     return false;
   }
   QLoggingCategory::setFilterRules(QStringLiteral("adjustacc.host.*.info=false\nadjustacc.trap.debug=false"));
-  for (const auto& [name, function] : benches) {
-    benchmark::RegisterBenchmark(name, function)
-        ->UseRealTime()
-        ->Repetitions(5)
-        ->ReportAggregatesOnly(true)
-        ->Unit(benchmark::kMillisecond);
+  for (const NamedBench& bench : benches) {
+    auto* registered = benchmark::RegisterBenchmark(bench.name, bench.function)
+                           ->UseRealTime()
+                           ->Repetitions(5)
+                           ->ReportAggregatesOnly(true)
+                           ->Unit(benchmark::kMillisecond);
+    if (bench.iterations > 0) {
+      registered->Iterations(bench.iterations);
+    }
   }
   benchmark::RunSpecifiedBenchmarks(&reporter);
   return true;

@@ -184,6 +184,9 @@ void QORVA_Activity::layOutGrid() {
     column.setVisible(props.visible);
     column.setLocked(true);
   }
+  m_rowLoadedColumns = {mSdgActivity.columnIndex(kCodeField), mSdgActivity.columnIndex(kOfficerField),
+                        mSdgActivity.columnIndex(kOfficerNameField), mSdgActivity.columnIndex(kDescriptionColumn),
+                        mSdgActivity.columnIndex(kNameColumn)};
   mSdgActivity.setDataSource(&Adodc1);
   mSdgActivity.setRowLoadedHandler([this](Bookmark bookmark) { mSdgActivity_RowLoaded(bookmark); });
 }
@@ -321,14 +324,16 @@ void QORVA_Activity::Form_Activate() {
 void QORVA_Activity::mSdgActivity_RowLoaded(Bookmark) {
   static const QString kRowLoaded = source("mSdgActivity_RowLoaded");
   trap(m_services, kRowLoaded, [&] {
-    const QString code = mSdgActivity.column(kCodeField).text().trimmed();
-    mSdgActivity.column(kDescriptionColumn).setValue(m_services.codes.description(QStringLiteral("COLLECTN"), code));
+    const RowLoadedColumns& at = m_rowLoadedColumns;
+    static const QString kCollectn = QStringLiteral("COLLECTN");
+    const QString code = mSdgActivity.column(at.code).text().trimmed();
+    mSdgActivity.column(at.description).setValue(m_services.codes.description(kCollectn, code));
     // The signed-on officer's name comes from the sign-on; another officer's with the row from the host. A row
     // the system made, or one by an officer the host no longer knows, shows the id it was written under.
-    const QString officer = mSdgActivity.column(kOfficerField).text().trimmed();
+    const QString officer = mSdgActivity.column(at.officer).text().trimmed();
     const bool signedOn = !officer.isEmpty() && officer.compare(m_services.user.officerId(), Qt::CaseInsensitive) == 0;
-    const QString name = signedOn ? m_services.user.name() : mSdgActivity.column(kOfficerNameField).text().trimmed();
-    mSdgActivity.column(kNameColumn).setValue(name.isEmpty() ? officer : name);
+    const QString name = signedOn ? m_services.user.name() : mSdgActivity.column(at.officerName).text().trimmed();
+    mSdgActivity.column(at.name).setValue(name.isEmpty() ? officer : name);
   });
 }
 

@@ -174,6 +174,14 @@ private:
   bool m_keptChanges = false;
   // Set while the screen fills the entry itself, so that its own filling is not taken for an edit.
   bool m_filling = false;
+  // Where RowLoaded reads and writes, found once when the columns are laid out: it runs for every row shown.
+  struct RowLoadedColumns {
+    int code = -1;
+    int officer = -1;
+    int officerName = -1;
+    int description = -1;
+    int name = -1;
+  } m_rowLoadedColumns;
 };
 
 }  // namespace adjustacc::activity

@@ -32,6 +32,10 @@ struct RecordSet::View {
   QString filterText;
   std::shared_ptr<const detail::FilterNode> filter;
   std::uint64_t revision = 0;
+  // Every live row in the sort's order, as the rows stood at `orderedStamp` (0: not made): what a filter
+  // keeps its rows from, so that filtering a sorted set again and again does not sort it again.
+  std::vector<std::uint32_t> ordered;
+  std::uint64_t orderedStamp = 0;
   // Visible row of each physical row, built on demand for rowOfBookmark.
   mutable std::vector<std::uint32_t> inverse;
   mutable bool inverseValid = false;
@@ -179,6 +183,13 @@ QVariant RecordSet::valueAt(int row, int field) const {
   }
   const std::string_view text = column.text(physical);
   return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+std::uint64_t RecordSet::contentStamp() const { return d->stamp; }
+
+QString RecordSet::textAt(int row, int field) const {
+  const std::optional<std::string_view> text = utf8At(row, field);
+  return text ? QString::fromUtf8(text->data(), static_cast<qsizetype>(text->size())) : QString();
 }
 
 QVariant RecordSet::valueAt(int row, const QString& field) const {
@@ -418,6 +429,35 @@ std::vector<std::uint32_t> RecordSet::liveRows() const {
   return rows;
 }
 
+const std::vector<std::uint32_t>& RecordSet::orderedLiveRows() {
+  View& w = mutableView();
+  if (w.orderedStamp != d->stamp) {
+    w.ordered = liveRows();
+    detail::applySort(w.sortKeys, *d, w.ordered);
+    w.orderedStamp = d->stamp;
+  }
+  return w.ordered;
+}
+
+std::vector<std::uint32_t> RecordSet::inSortOrder(const std::vector<std::uint32_t>& some) {
+  const std::vector<std::uint32_t>& order = orderedLiveRows();
+  if (some.size() < 2) {
+    return some;
+  }
+  std::vector<std::uint64_t> kept((static_cast<std::size_t>(d->rows) + 63) / 64, 0);
+  for (const auto r : some) {
+    kept[r >> 6] |= std::uint64_t{1} << (r & 63u);
+  }
+  std::vector<std::uint32_t> rows;
+  rows.reserve(some.size());
+  for (const auto r : order) {
+    if (((kept[r >> 6] >> (r & 63u)) & 1u) != 0) {
+      rows.push_back(r);
+    }
+  }
+  return rows;
+}
+
 void RecordSet::setRows(std::vector<std::uint32_t> rows) {
   View& w = mutableView();
   if (w.sortKeys.empty() && !w.filter && d->deletedCount == 0) {
@@ -467,6 +507,11 @@ std::optional<TextError> RecordSet::setSort(const QString& sortText) {
   const bool wasBeforeFirst = w.pos < 0;
   w.sortKeys = std::move(keys);
   w.sortText = sortText;
+  w.orderedStamp = 0;
+  if (!w.filter) {
+    w.ordered = rows;  // with no filter, what the sort just made is every live row in its order
+    w.orderedStamp = d->stamp;
+  }
   setRows(std::move(rows));
   // The current row stays current wherever the sort puts it.
   w.pos = current != kNoBookmark ? positionOf(current) : (wasBeforeFirst ? -1 : recordCount());
@@ -488,17 +533,16 @@ std::optional<TextError> RecordSet::setFilter(const QString& filterText) {
     }
     filter = std::get<std::shared_ptr<const detail::FilterNode>>(std::move(parsed));
   }
+  View& w = mutableView();
   std::vector<std::uint32_t> rows;
   if (!filter) {
-    rows = liveRows();
-  } else if (d->deletedCount == 0) {
-    rows = detail::applyFilterToAll(*filter, *d);
+    rows = w.sortKeys.empty() ? liveRows() : orderedLiveRows();
   } else {
-    rows = detail::applyFilter(*filter, *d, liveRows());
-  }
-  View& w = mutableView();
-  if (!w.sortKeys.empty()) {
-    detail::applySort(w.sortKeys, *d, rows);
+    rows = d->deletedCount == 0 ? detail::applyFilterToAll(*filter, *d)
+                                : detail::applyFilter(*filter, *d, liveRows());
+    if (!w.sortKeys.empty()) {
+      rows = inSortOrder(rows);
+    }
   }
   w.filter = std::move(filter);
   w.filterText = w.filter ? filterText : QString();

@@ -79,6 +79,10 @@ public:
   int recordCount() const;
   // Value at a visible row; a null QVariant for null, otherwise a QString.
   QVariant valueAt(int row, int field) const;
+  QString textAt(int row, int field) const;  // the same as text; a null value as the empty text
+  // Changes whenever a value or a row of the set changes, and differs between sets: what was derived from
+  // the values (a list's texts) holds while the stamp does.
+  std::uint64_t contentStamp() const;
   QVariant valueAt(int row, const QString& field) const;
   bool isNullAt(int row, int field) const;
   // The value's text as the set keeps it (UTF-8), without making a QString; nothing for null (and for a row
@@ -164,6 +168,8 @@ private:
   std::uint32_t physicalRow(int row) const;  // 0xFFFFFFFF when not a visible row
   std::vector<std::uint32_t> visibleInPhysicalOrder() const;
   std::vector<std::uint32_t> liveRows() const;
+  const std::vector<std::uint32_t>& orderedLiveRows();  // every live row in the sort's order
+  std::vector<std::uint32_t> inSortOrder(const std::vector<std::uint32_t>& some);  // live rows, given ascending
   void setRows(std::vector<std::uint32_t> rows);
   int positionOf(Bookmark bookmark) const;  // like rowOfBookmark, without building the inverse
 };

@@ -170,7 +170,13 @@ Data::Data(const Data& other)
   m_anyKeys.store(any, std::memory_order_relaxed);
 }
 
+std::uint64_t Data::nextStamp() {
+  static std::atomic<std::uint64_t> next{1};
+  return next.fetch_add(1, std::memory_order_relaxed);
+}
+
 void Data::markDeleted(std::uint32_t row) {
+  stamp = nextStamp();
   if (deleted.empty()) {
     deleted.assign((static_cast<std::size_t>(rows) + 63) / 64, 0);
   }
@@ -184,6 +190,7 @@ void Data::markDeleted(std::uint32_t row) {
 }
 
 void Data::invalidateKeys(int column) {
+  stamp = nextStamp();  // every change of a value or of the rows comes through here
   // Only the writer of an unshared Data drops keys, so nothing builds them meanwhile.
   if (!m_anyKeys.load(std::memory_order_relaxed)) {
     return;

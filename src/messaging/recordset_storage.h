@@ -100,6 +100,11 @@ struct Data {
   std::uint32_t rows = 0;          // physical rows, deleted ones included
   std::uint32_t deletedCount = 0;
   std::vector<std::uint64_t> deleted;  // bit per physical row; empty while nothing was deleted
+  // Which state of the rows this is: a new value, never used before in the process, at every change of a
+  // value or of the rows (and for a copy). What a view derives from the rows (its sort's order of every
+  // live row) holds while the stamp it was made for does.
+  std::uint64_t stamp = nextStamp();
+  static std::uint64_t nextStamp();
 
   bool isDeleted(std::uint32_t row) const {
     return !deleted.empty() && ((deleted[row >> 6] >> (row & 63u)) & 1u) != 0;

@@ -2,6 +2,7 @@
 
 #include "messaging/wirecodec.h"
 
+#include <array>
 #include <limits>
 #include <stdexcept>
 
@@ -26,20 +27,6 @@ messaging::Result<Currency> notAnAmount(QStringView text, const QString& why) {
 
 Magnitude magnitudeOf(Units units) {
   return units < 0 ? Magnitude(0) - static_cast<Magnitude>(units) : static_cast<Magnitude>(units);
-}
-
-// "1,234,567" from 1234567.
-QString groupThousands(Magnitude dollars) {
-  const QString digits = QString::number(dollars);
-  QString out;
-  out.reserve(digits.size() + digits.size() / 3);
-  for (qsizetype i = 0; i < digits.size(); ++i) {
-    if (i > 0 && (digits.size() - i) % 3 == 0) {
-      out += QLatin1Char(',');
-    }
-    out += digits[i];
-  }
-  return out;
 }
 
 // Cents magnitude of an amount, rounded half away from zero. Cannot overflow: the largest amount ends in
@@ -177,14 +164,33 @@ Currency Currency::roundedToCents() const {
 }
 
 QString Currency::toDisplayText(NegativeStyle negative) const {
+  // Lists show an amount in every row, so it is written backwards into one buffer and copied once. The
+  // longest, "($922,337,203,685,477.58)", has 26 characters.
   const Magnitude cents = centsMagnitude(m_units);
-  const QString amount = QLatin1Char('$') + groupThousands(cents / 100) + QLatin1Char('.') +
-                         QStringLiteral("%1").arg(cents % 100, 2, 10, QLatin1Char('0'));
-  if (cents == 0 || m_units > 0) {
-    return amount;
+  const bool minus = cents != 0 && m_units < 0;
+  const bool parentheses = minus && negative == NegativeStyle::Parentheses;
+  std::array<char16_t, 32> buffer;
+  char16_t* const end = buffer.data() + buffer.size();
+  char16_t* at = end;
+  if (parentheses) {
+    *--at = u')';
   }
-  return negative == NegativeStyle::Parentheses ? QLatin1Char('(') + amount + QLatin1Char(')')
-                                                : QLatin1Char('-') + amount;
+  Magnitude rest = cents;
+  for (int i = 0; i < 2; ++i, rest /= 10) {
+    *--at = static_cast<char16_t>(u'0' + rest % 10);
+  }
+  *--at = u'.';
+  for (int digits = 0; digits == 0 || rest != 0; ++digits, rest /= 10) {
+    if (digits > 0 && digits % 3 == 0) {
+      *--at = u',';
+    }
+    *--at = static_cast<char16_t>(u'0' + rest % 10);
+  }
+  *--at = u'$';
+  if (minus) {
+    *--at = parentheses ? u'(' : u'-';
+  }
+  return QString(reinterpret_cast<const QChar*>(at), end - at);
 }
 
 QString Currency::toHostText() const {

@@ -336,22 +336,22 @@ void Grid::clearSelection() {
 
 // ===== values ======================================================================================
 
-const GridRowLoaded::Values* Grid::ensureLoaded(int row, Bookmark id) const {
+bool Grid::ensureLoaded(int row, Bookmark id) const {
   if (!m_rowLoadedHandler) {
-    return nullptr;
+    return false;
   }
-  if (const GridRowLoaded::Values* found = m_rowLoaded.row(id)) {
-    return found;
+  if (m_rowLoaded.holds(id)) {
+    return true;
   }
   if (m_rowLoaded.isLoading()) {
     // The handler of one row read another: that row is read as it stands, unformatted.
-    return nullptr;
+    return false;
   }
   // Running the screen's handler is what reading a row means here; it writes display values only.
   return m_rowLoaded.load(row, id, m_rowLoadedHandler);
 }
 
-QVariant Grid::cellValue(int row, int column) const {
+Grid::Cell Grid::cellAt(int row, int column) const {
   if (column < 0 || column >= columnCount()) {
     return {};
   }
@@ -360,17 +360,30 @@ QVariant Grid::cellValue(int row, int column) const {
   if (id == kNoBookmark) {
     return {};
   }
-  if (m_pending.row == id && m_pending.values.contains(column)) {
-    return m_pending.values.value(column);
-  }
-  // While a row is being formatted, its values so far come first.
-  const GridRowLoaded::Values* formatted = loading ? m_rowLoaded.row(id) : ensureLoaded(row, id);
-  if (formatted != nullptr) {
-    if (const QVariant* hit = GridRowLoaded::find(*formatted, column)) {
-      return *hit;
+  if (m_pending.row == id) {
+    if (const auto edited = m_pending.values.constFind(column); edited != m_pending.values.constEnd()) {
+      return {id, &edited.value()};
     }
   }
-  return m_rows->value(row, id, column);
+  // While a row is being formatted, its values so far come first.
+  const bool formatted = loading ? m_rowLoaded.holds(id) : ensureLoaded(row, id);
+  return {id, formatted ? m_rowLoaded.find(id, column) : nullptr};
+}
+
+QVariant Grid::cellValue(int row, int column) const {
+  const Cell cell = cellAt(row, column);
+  if (cell.id == kNoBookmark) {
+    return {};
+  }
+  return cell.above != nullptr ? *cell.above : m_rows->value(row, cell.id, column);
+}
+
+QString Grid::cellText(int row, int column) const {
+  const Cell cell = cellAt(row, column);
+  if (cell.id == kNoBookmark) {
+    return {};
+  }
+  return cell.above != nullptr ? cell.above->toString() : m_rows->text(row, cell.id, column);
 }
 
 bool Grid::setCellValue(int row, int column, const QVariant& value) {
@@ -419,25 +432,13 @@ bool Grid::writeRow(int row, Bookmark id, int column, const QVariant& value) {
 }
 
 QString Grid::displayText(int row, int column) const {
-  const QVariant value = cellValue(row, column);
-  if (value.isNull()) {
+  const Cell cell = cellAt(row, column);
+  if (cell.id == kNoBookmark) {
     return {};
   }
-  const QString text = value.toString();
-  switch (this->column(column).display()) {
-    case GridColumn::Display::Check:
-      return {};
-    case GridColumn::Display::Currency: {
-      if (text.trimmed().isEmpty()) {
-        return {};
-      }
-      const auto amount = Currency::parse(text);
-      return amount ? amount->toDisplayText() : text;
-    }
-    case GridColumn::Display::Text:
-      break;
-  }
-  return text;
+  const GridColumn::Display display = this->column(column).display();
+  return cell.above != nullptr ? GridColumn::shownText(cell.above->toString(), display)
+                               : m_rows->shownText(row, cell.id, column, display);
 }
 
 bool Grid::isChecked(int row, int column) const {

@@ -158,7 +158,7 @@ public:
   // --- values ------------------------------------------------------------------------------------------------
   // A cell through the three layers (runs RowLoaded for the row if needed); null outside the grid.
   QVariant cellValue(int row, int column) const;
-  QString cellText(int row, int column) const { return cellValue(row, column).toString(); }
+  QString cellText(int row, int column) const;  // the value as text, without going through a QVariant
   // The logic writes a cell (see GridColumn::setValue).
   bool setCellValue(int row, int column, const QVariant& value);
   // The text a view shows: money formatted for currency columns, empty for check columns and nulls.
@@ -228,6 +228,14 @@ private:
   friend class GridColumn;
   friend class StyleSet;
 
+  // A cell of a shown row: its row's bookmark (kNoBookmark: no such cell), and the value standing above the
+  // row's own (the person's unsaved edit, or what RowLoaded wrote), if any.
+  struct Cell {
+    Bookmark id = messaging::kNoBookmark;
+    const QVariant* above = nullptr;
+  };
+  Cell cellAt(int row, int column) const;
+
   struct Pending {
     Bookmark row = messaging::kNoBookmark;
     QHash<int, QVariant> values;
@@ -235,7 +243,7 @@ private:
 
   // Context row of column reads and writes: the row being loaded, or the current row.
   int contextRow() const { return m_rowLoaded.isLoading() ? m_rowLoaded.loadingRow() : row(); }
-  const GridRowLoaded::Values* ensureLoaded(int row, Bookmark id) const;
+  bool ensureLoaded(int row, Bookmark id) const;  // whether the row has RowLoaded's values
   bool writeRow(int row, Bookmark id, int column, const QVariant& value);
   // Whether the person can edit the cell (logged when not).
   bool personMayEdit(int row, int column) const;

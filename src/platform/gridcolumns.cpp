@@ -1,5 +1,6 @@
 #include "platform/gridcolumns.h"
 
+#include "platform/currency.h"
 #include "platform/grid.h"
 
 #include <algorithm>
@@ -177,8 +178,25 @@ QVariant GridColumn::value() const {
   return m_grid->cellValue(m_grid->contextRow(), m_position);
 }
 
+QString GridColumn::shownText(const QString& text, Display display) {
+  switch (display) {
+    case Display::Check:
+      return {};
+    case Display::Currency: {
+      if (text.trimmed().isEmpty()) {
+        return {};
+      }
+      const auto amount = Currency::parse(text);
+      return amount ? amount->toDisplayText() : text;
+    }
+    case Display::Text:
+      break;
+  }
+  return text;
+}
+
 QString GridColumn::text() const {
-  return value().toString();
+  return isNull() ? QString() : m_grid->cellText(m_grid->contextRow(), m_position);
 }
 
 bool GridColumn::setValue(const QVariant& value) {

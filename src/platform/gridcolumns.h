@@ -52,6 +52,9 @@ public:
   // How the view presents the cells: as text, as money ("$#,##0.00", right-aligned) or as a check box
   // (checked when the cell holds "-1").
   enum class Display { Text, Currency, Check };
+  // A cell's text as a column of that kind shows it: nothing for an empty cell or a check box, an amount in
+  // the money format (a text that is no amount as it stands).
+  static QString shownText(const QString& text, Display display);
 
   // The stand-in for a column the grid lacks.
   bool isNull() const { return m_position < 0; }

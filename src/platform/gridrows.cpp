@@ -16,6 +16,7 @@ GridRowSource::~GridRowSource() = default;
 void BoundRows::setRecordset(messaging::RecordSetPtr set) {
   m_set = std::move(set);
   m_extraCells.clear();
+  m_texts.clear();
   resolveFields();
 }
 
@@ -101,6 +102,23 @@ QVariant BoundRows::value(int row, Bookmark id, int column) const {
   }
   const auto extra = m_extraCells.constFind(id);
   return extra == m_extraCells.constEnd() ? QVariant() : extra->value(column);
+}
+
+QString BoundRows::text(int row, Bookmark id, int column) const {
+  const int field = fieldOf(column);
+  if (field >= 0) {
+    return m_texts.text(*m_set, row, id, field);
+  }
+  const auto extra = m_extraCells.constFind(id);
+  return extra == m_extraCells.constEnd() ? QString() : extra->value(column).toString();
+}
+
+QString BoundRows::shownText(int row, Bookmark id, int column, GridColumn::Display display) const {
+  const int field = fieldOf(column);
+  if (field >= 0) {
+    return m_texts.shown(*m_set, row, id, field, display);
+  }
+  return GridRowSource::shownText(row, id, column, display);
 }
 
 GridRowSource::Write BoundRows::write(int row, Bookmark id, int column, const QVariant& value) {

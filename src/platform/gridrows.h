@@ -11,6 +11,8 @@
 // moved before its first row gives -1.
 
 #include "messaging/recordset.h"
+#include "platform/gridcolumns.h"
+#include "platform/showntexts.h"
 
 #include <QHash>
 #include <QList>
@@ -48,6 +50,12 @@ public:
 
   // The row's own value of a column (row and id name the same row).
   virtual QVariant value(int row, Bookmark id, int column) const = 0;
+  // The same as text (a null value as the empty text).
+  virtual QString text(int row, Bookmark id, int column) const { return value(row, id, column).toString(); }
+  // The row's own value as a column of that kind shows it; lists read every shown cell this way.
+  virtual QString shownText(int row, Bookmark id, int column, GridColumn::Display display) const {
+    return GridColumn::shownText(text(row, id, column), display);
+  }
   virtual Write write(int row, Bookmark id, int column, const QVariant& value) = 0;
   // The row is gone: what the source keeps for it goes too.
   virtual void forget(Bookmark id) = 0;
@@ -79,6 +87,8 @@ public:
   void moveNext() override;
   void movePrevious() override;
   QVariant value(int row, Bookmark id, int column) const override;
+  QString text(int row, Bookmark id, int column) const override;
+  QString shownText(int row, Bookmark id, int column, GridColumn::Display display) const override;
   Write write(int row, Bookmark id, int column, const QVariant& value) override;
   void forget(Bookmark id) override;
 
@@ -91,6 +101,7 @@ private:
   QList<Field> m_resolvedFor;       // the set's fields when the columns were last resolved
   QList<int> m_fieldOfColumn;       // per column: field index in the set, -1 when it has none
   QHash<Bookmark, QHash<int, QVariant>> m_extraCells;  // values of columns without a field
+  mutable ShownTexts m_texts;
 };
 
 class UnboundRows final : public GridRowSource {

@@ -534,6 +534,47 @@ TEST(RecordSetChanges, UnderAFilterRowsStayUntilTheFilterIsAppliedAgain) {
   EXPECT_EQ(column(rs, u"ID"_s), split("g f e d c a"));
 }
 
+TEST(RecordSetChanges, FilteringASortedSetAgainFollowsEveryChangeOfItsRows) {
+  RecordSet rs = activity();
+  ASSERT_FALSE(rs.setSort(u"ID DESC"_s));
+  const auto bookmarkOf = [&](const QString& id) {
+    for (int r = 0; r < rs.recordCount(); ++r) {
+      if (rs.valueAt(r, 0).toString() == id) {
+        return rs.bookmarkAt(r);
+      }
+    }
+    return kNoBookmark;
+  };
+  ASSERT_FALSE(rs.setFilter(u"CD = 'ADJ'"_s));
+  EXPECT_EQ(column(rs, u"ID"_s), split("f b a"));
+  const std::uint64_t before = rs.contentStamp();
+
+  ASSERT_TRUE(rs.updateAt(bookmarkOf(u"a"_s), 0, u"z"_s));  // a sort key changes
+  EXPECT_NE(rs.contentStamp(), before);
+  ASSERT_FALSE(rs.setFilter(u"CD = 'ADJ'"_s));
+  EXPECT_EQ(column(rs, u"ID"_s), split("z f b"));
+  ASSERT_FALSE(rs.setFilter(QString()));
+  EXPECT_EQ(column(rs, u"ID"_s), split("z f e d c b"));
+
+  rs.addNew({u"g"_s, u"ADJ"_s});
+  ASSERT_TRUE(rs.setBookmark(bookmarkOf(u"f"_s)));
+  ASSERT_TRUE(rs.deleteCurrent());
+  ASSERT_FALSE(rs.setFilter(u"CD = 'ADJ'"_s));
+  EXPECT_EQ(column(rs, u"ID"_s), split("z g b"));
+  ASSERT_FALSE(rs.setFilter(QString()));
+  EXPECT_EQ(column(rs, u"ID"_s), split("z g e d c b"));
+
+  // A copy shares the rows until it writes; then its order is its own.
+  RecordSet copy = rs;
+  EXPECT_EQ(copy.contentStamp(), rs.contentStamp());
+  ASSERT_TRUE(copy.updateAt(bookmarkOf(u"z"_s), 0, u"0"_s));
+  EXPECT_NE(copy.contentStamp(), rs.contentStamp());
+  ASSERT_FALSE(copy.setFilter(QString()));
+  EXPECT_EQ(column(copy, u"ID"_s), split("g e d c b 0"));
+  ASSERT_FALSE(rs.setFilter(QString()));
+  EXPECT_EQ(column(rs, u"ID"_s), split("z g e d c b"));
+}
+
 TEST(RecordSetChanges, ClassicActivityChecksRestoreFilterAndPosition) {
   RecordSet rs = activity();
   ASSERT_FALSE(rs.setSort(u"DT desc, TS desc"_s));

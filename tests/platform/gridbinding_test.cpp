@@ -21,6 +21,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+QVariant kNullAmount() { return {}; }
+
 std::shared_ptr<RecordSet> codes(std::initializer_list<const char*> values) {
   auto rs = std::make_shared<RecordSet>(QList<Field>{{u"CD"_s, FieldType::Text}, {u"AMT"_s, FieldType::Number}});
   int amount = 1;
@@ -97,6 +99,59 @@ TEST_F(FollowingTheSet, RowLoadedRunsAgainOnlyWhereTheRowChanged) {
   EXPECT_EQ(grid.cellText(0, 2), u"code Y"_s);
   grid.cellValue(1, 2);
   EXPECT_EQ(loaded.size(), 6);
+}
+
+TEST_F(FollowingTheSet, RowLoadedValuesStayRightThroughManyRowChanges) {
+  // Enough rows that the values left behind by changed rows are gathered up at least once.
+  auto many = std::make_shared<RecordSet>(QList<Field>{{u"CD"_s, FieldType::Text}, {u"AMT"_s, FieldType::Number}});
+  for (int i = 0; i < 1500; ++i) {
+    many->addNew({u"C%1"_s.arg(i), QString::number(i)});
+  }
+  adodc.setRecordset(many);
+  grid.setRowLoadedHandler([&](Grid::Bookmark) {
+    grid.column(u"DESC"_s).setValue(u"code "_s + grid.column(u"CD"_s).text());
+    grid.column(u"DESC"_s).setValue(grid.column(u"DESC"_s).text() + u"!"_s);  // a second write replaces
+  });
+  for (int row = 0; row < grid.rows(); ++row) {
+    ASSERT_EQ(grid.cellText(row, 2), u"code C%1!"_s.arg(row));
+  }
+  for (int row = 0; row < grid.rows(); row += 2) {
+    grid.setCellValue(row, 0, u"Z%1"_s.arg(row));
+    ASSERT_EQ(grid.cellText(row, 2), u"code Z%1!"_s.arg(row)) << row;
+  }
+  for (int row = 0; row < grid.rows(); ++row) {
+    const QString code = row % 2 == 0 ? u"Z%1"_s.arg(row) : u"C%1"_s.arg(row);
+    ASSERT_EQ(grid.cellText(row, 2), u"code "_s + code + u"!"_s) << row;
+  }
+}
+
+TEST_F(FollowingTheSet, ShownTextsFollowEveryChangeOfTheSet) {
+  grid.column(1).setDisplay(adjustacc::platform::GridColumn::Display::Currency);
+  const auto shown = [&] {
+    QStringList texts;
+    for (int row = 0; row < grid.rows(); ++row) {
+      texts << grid.displayText(row, 0) + u' ' + grid.displayText(row, 1);
+    }
+    return texts;
+  };
+  EXPECT_EQ(shown(), (QStringList{u"C $1.00"_s, u"A $2.00"_s, u"B $3.00"_s}));
+
+  rs->updateAt(rs->bookmarkAt(0), 1, u"1234.5"_s);  // behind the grid, after its texts were made
+  EXPECT_EQ(grid.cellText(0, 1), u"1234.5"_s);
+  rs->addNew({u"D"_s, kNullAmount()});
+  EXPECT_EQ(shown(), (QStringList{u"C $1,234.50"_s, u"A $2.00"_s, u"B $3.00"_s, u"D "_s}));
+
+  RecordSet copy = *rs;
+  copy.updateAt(copy.bookmarkAt(1), 0, u"Q"_s);  // a copy's change is its own
+  EXPECT_EQ(grid.displayText(1, 0), u"A"_s);
+  rs->setSort(u"CD"_s);
+  EXPECT_EQ(shown(), (QStringList{u"A $2.00"_s, u"B $3.00"_s, u"C $1,234.50"_s, u"D "_s}));
+  *rs = copy;  // the held set takes the copy's rows
+  EXPECT_EQ(shown(), (QStringList{u"C $1,234.50"_s, u"Q $2.00"_s, u"B $3.00"_s, u"D "_s}));
+
+  rs->setBookmark(rs->bookmarkAt(0));
+  rs->deleteCurrent();
+  EXPECT_EQ(shown(), (QStringList{u"Q $2.00"_s, u"B $3.00"_s, u"D "_s}));
 }
 
 TEST_F(FollowingTheSet, AnotherGridOnTheSameDataControlHearsTheFirstOnesWrite) {
