@@ -4,7 +4,7 @@
 // cells again on every repaint, and again when the clerk filters the same rows another way; making a string
 // of each cell every time cost more than everything else the list does with it.
 //
-// Kept in blocks of rows, made as cells are first read; all of it goes as soon as any value or row of the
+// Kept row by row, made as cells are first read; all of it goes as soon as any value or row of the
 // set changes (the set's content stamp moves), or when the list follows another set. One list's, on the
 // thread that shows it.
 
@@ -14,7 +14,6 @@
 #include <QString>
 
 #include <array>
-#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -32,17 +31,23 @@ public:
   void clear();
 
 private:
-  static constexpr std::size_t kBlockRows = 128;
-  struct Block {
-    std::array<QString, kBlockRows> texts;
-    std::bitset<kBlockRows> made;
+  // One row's texts: for each field, the set's own text and its money form, each with whether it was made.
+  struct Slot {
+    QString text;
+    bool made = false;
   };
-  // Where the cell `id` of the list of texts `texts` is kept; `made` tells whether it was already filled (the
-  // caller fills it otherwise). Everything kept goes first when the set's content is no longer the same.
-  QString& slot(const messaging::RecordSet& set, messaging::Bookmark id, std::size_t texts, bool& made);
+  static constexpr std::size_t kBlockRows = 128;
+  using RowTexts = std::unique_ptr<Slot[]>;
+  using Block = std::array<RowTexts, kBlockRows>;
 
-  // By field and kind (the set's own text, then as money), then by bookmark / kBlockRows.
-  std::vector<std::vector<std::unique_ptr<Block>>> m_texts;
+  // Where the text `kind` (0: the set's own, 1: as money) of `field` in row `id` is kept. Everything kept goes
+  // first when the set's content is no longer the same.
+  Slot& slot(const messaging::RecordSet& set, messaging::Bookmark id, int field, int kind);
+
+  // By bookmark / kBlockRows, then by bookmark; a row's texts are made when one of its cells is first read,
+  // so what is kept grows with the rows shown, not with the set.
+  std::vector<std::unique_ptr<Block>> m_blocks;
+  std::size_t m_slotsPerRow = 0;
   std::uint64_t m_stamp = 0;  // the set's content when the texts were made
 };
 
