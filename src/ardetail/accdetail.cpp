@@ -183,6 +183,8 @@ void QORVA_AccDetail::layOutGrid(int index) {
   carried.type = grid.columnIndex(QStringLiteral("ASSMT_TYP_CD"));
   carried.rowVersion = grid.columnIndex(QStringLiteral("ROW_VRSN_NBR"));
   carried.removedBalance = grid.columnIndex(QStringLiteral("RMVD_BAL_AMT"));
+  carried.amount = grid.columnIndex(QStringLiteral("CL_ASMT_AMT"));
+  carried.due = grid.columnIndex(QStringLiteral("BAL_DUE_AMT"));
 }
 
 // --- what the opener hands over --------------------------------------------------------------------------------
@@ -213,18 +215,20 @@ void QORVA_AccDetail::addAssessment(const messaging::RecordSet& assessments, con
   }
   const int row = grid.rows() - 1;
   const CarriedColumns& carried = m_carried[line.gridIndex];
-  const auto keep = [&](int column, const QVariant& value) {
-    if (column >= 0 && !value.isNull()) {
-      grid.setCellValue(row, column, value.toString().trimmed());
+  const int at = assessments.absolutePosition();
+  const auto keep = [&](int column, int field) {
+    if (column >= 0 && field >= 0 && !assessments.isNullAt(at, field)) {
+      grid.setCellValue(row, column, assessments.textAt(at, field).trimmed());
     }
   };
-  const auto field = [&](int at) { return at < 0 ? QVariant() : assessments.value(at); };
   // The amount shown is the one a moved row is read from again.
-  keep(carried.optionAmount, line.cells.at(9));
-  keep(carried.statusIndicator, field(fields.statusIndicator));
-  keep(carried.type, field(fields.type));
-  keep(carried.rowVersion, field(fields.rowVersion));
-  keep(carried.removedBalance, field(fields.removedBalance));
+  if (carried.optionAmount >= 0) {
+    grid.setCellValue(row, carried.optionAmount, line.cells.at(9));
+  }
+  keep(carried.statusIndicator, fields.statusIndicator);
+  keep(carried.type, fields.type);
+  keep(carried.rowVersion, fields.rowVersion);
+  keep(carried.removedBalance, fields.removedBalance);
 }
 
 // --- load ------------------------------------------------------------------------------------------------------
@@ -426,8 +430,12 @@ void QORVA_AccDetail::mSdgDBGrid_RowLoaded(int index, messaging::Bookmark) {
   static const QString kRowLoaded = source("mSdgDBGrid_RowLoaded");
   trap(m_services, kRowLoaded, [&] {
     platform::Grid& grid = mSdgDBGrid[index];
-    for (const QString& name : {QStringLiteral("CL_ASMT_AMT"), QStringLiteral("BAL_DUE_AMT")}) {
-      GridColumn& column = grid.column(name);
+    const CarriedColumns& carried = m_carried[index];
+    for (const int at : {carried.amount, carried.due}) {
+      if (at < 0) {
+        continue;
+      }
+      GridColumn& column = grid.column(at);
       const QString text = column.text().trimmed();
       if (text.isEmpty()) {
         continue;

@@ -215,6 +215,9 @@ private:
     int type = -1;
     int rowVersion = -1;
     int removedBalance = -1;
+    // The amounts RowLoaded formats.
+    int amount = -1;
+    int due = -1;
   };
   CarriedColumns m_carried[2];
   bool m_mayAdjust = true;

@@ -28,15 +28,15 @@ AssessmentFields AssessmentFields::of(const messaging::RecordSet& assessments) {
 
 AssessmentLine assessmentLine(const messaging::RecordSet& assessments, const AssessmentFields& fields,
                               platform::CodeLookup& codes) {
-  const auto raw = [&](int field) { return field < 0 ? QVariant() : assessments.value(field); };
-  const auto cell = [&](int field) { return raw(field).toString().trimmed(); };
+  // The current row's texts, read as text (a null value as the empty text).
+  const int at = assessments.absolutePosition();
+  const auto isNull = [&](int field) { return field < 0 || assessments.isNullAt(at, field); };
+  const auto cell = [&](int field) { return field < 0 ? QString() : assessments.textAt(at, field).trimmed(); };
 
   const QString status = cell(fields.status);
   const QString code = cell(fields.code);
   const QString table = code.left(1).toUpper() == u"P" ? QStringLiteral("PENALTY") : QStringLiteral("FEE");
-  const QVariant optionIndicator = raw(fields.optionIndicator);
-  const QString indicator = optionIndicator.toString().trimmed();
-  const QVariant balance = raw(fields.balance);
+  const QString indicator = cell(fields.optionIndicator);
 
   AssessmentLine line;
   line.gridIndex = status == u"A" ? 0 : 1;
@@ -51,9 +51,9 @@ AssessmentLine assessmentLine(const messaging::RecordSet& assessments, const Ass
       code,
       codes.description(table, code).trimmed(),
       indicator.toUpper() == u"Y" ? cell(fields.optionAmount) : cell(fields.amount),
-      balance.isNull() ? QStringLiteral("0.00") : balance.toString().trimmed(),
+      isNull(fields.balance) ? QStringLiteral("0.00") : cell(fields.balance),
       QString(),
-      optionIndicator.isNull() ? QStringLiteral("N") : indicator,
+      isNull(fields.optionIndicator) ? QStringLiteral("N") : indicator,
   };
   return line;
 }
