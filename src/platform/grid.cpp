@@ -1,6 +1,5 @@
 #include "platform/grid.h"
 
-#include "platform/currency.h"
 #include "platform/datacontrol.h"
 
 #include <utility>
