@@ -115,13 +115,13 @@ TEST_F(FollowingTheSet, RowLoadedValuesStayRightThroughManyRowChanges) {
   for (int row = 0; row < grid.rows(); ++row) {
     ASSERT_EQ(grid.cellText(row, 2), u"code C%1!"_s.arg(row));
   }
-  for (int row = 0; row < grid.rows(); row += 2) {
+  // Every row changed and formatted again, one by one: the values left behind outgrow the live ones near the end.
+  for (int row = 0; row < grid.rows(); ++row) {
     grid.setCellValue(row, 0, u"Z%1"_s.arg(row));
     ASSERT_EQ(grid.cellText(row, 2), u"code Z%1!"_s.arg(row)) << row;
   }
   for (int row = 0; row < grid.rows(); ++row) {
-    const QString code = row % 2 == 0 ? u"Z%1"_s.arg(row) : u"C%1"_s.arg(row);
-    ASSERT_EQ(grid.cellText(row, 2), u"code "_s + code + u"!"_s) << row;
+    ASSERT_EQ(grid.cellText(row, 2), u"code Z%1!"_s.arg(row)) << row;
   }
 }
 
