@@ -480,13 +480,7 @@ void QORVA_PayDetail::showPreparedWorksheet() {
       m_worksheet.reset();  // the screen closed before the worksheet could be shown
       return;
     }
-    m_worksheet->showModal();
-    const bool completed = m_worksheet->refundCompleted();
-    m_worksheet.reset();
-    if (completed) {
-      m_changedElsewhere = true;
-      reload();
-    }
+    showWorksheetThenReload();
   });
 }
 
@@ -982,13 +976,7 @@ void QORVA_PayDetail::openWorksheet(int row) {
     const QString editMode = m_services.user.hasRight(QStringLiteral("CREATEREFUND")) ? QStringLiteral("O") : QString();
     m_worksheet->loadExisting(cell(ExcessGrid, row, "CUST_ID").trimmed(),
                               cell(ExcessGrid, row, "RFND_STTS_CD").trimmed(), number, editMode);
-    m_worksheet->showModal();
-    const bool completed = m_worksheet->refundCompleted();
-    m_worksheet.reset();
-    if (completed) {
-      m_changedElsewhere = true;
-      reload();
-    }
+    showWorksheetThenReload();
   });
 }
 
@@ -1008,6 +996,16 @@ void QORVA_PayDetail::transferPayment() {
   transfer.showModal();
   transfer.Form_Terminate();
   if (transfer.AccountChanged()) {
+    m_changedElsewhere = true;
+    reload();
+  }
+}
+
+void QORVA_PayDetail::showWorksheetThenReload() {
+  m_worksheet->showModal();
+  const bool completed = m_worksheet->refundCompleted();
+  m_worksheet.reset();
+  if (completed) {
     m_changedElsewhere = true;
     reload();
   }

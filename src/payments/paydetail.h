@@ -169,6 +169,8 @@ private:
   void lockAfterUnansweredSave();
   messaging::RequestMessage& receiptRequest();
   void reload();
+  // Shows the prepared worksheet; when it completed a refund, the receipt is read again.
+  void showWorksheetThenReload();
   // The description of a code, remembered while the same replies are shown: a receipt of many payments
   // carries few distinct codes.
   QString describe(const QString& table, const QString& code);

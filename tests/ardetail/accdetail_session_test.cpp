@@ -103,11 +103,7 @@ TEST_F(AccDetailTest, TheActivityRequestAfterATimedOutSaveIsNoSaveOfItsOwn) {
   open({assessment(u"A"_s, u"F20"_s, u"25.00"_s)});
   mark(A::AvailableGrid, 0);
   enter();
-  screen().SaveData();
-  screen().mNcsbMessage_MsgTimeout();
-  messaging::Reply late;
-  late.error = u"The host did not answer in time."_s;
-  answer(late);
+  saveAndTimeOut();
   ASSERT_EQ(m_set.statusBar.text(), u"Search timed out");
   const int sent = m_set.link.requestCount();
   screen().mCmdButton[A::AccountActivityButton].click();

@@ -291,11 +291,7 @@ TEST_F(AccDetailTest, ATimeOutTakesTheMarkedRowsOutOfBothGrids) {
   mark(A::AvailableGrid, 1);
   mark(A::AdjustedGrid, 0);
   enter();
-  screen().SaveData();
-  screen().mNcsbMessage_MsgTimeout();
-  messaging::Reply failed;
-  failed.error = u"The host did not answer in time."_s;
-  answer(failed);
+  saveAndTimeOut();
 
   EXPECT_EQ(m_set.ui.lastBox().icon, MsgIcon::Critical);
   EXPECT_EQ(m_set.statusBar.text(), u"Search timed out");

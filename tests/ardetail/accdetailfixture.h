@@ -103,6 +103,14 @@ public:
   }
   void chooseAction(const QString& code) { ASSERT_TRUE(screen().QORVA_CodesCombo.setCode(code)); }
   QString label(int index) { return screen().mLblAdjust[index].caption(); }
+  // Saves, lets the save time out, then has the host's late answer say it failed.
+  void saveAndTimeOut() {
+    screen().SaveData();
+    screen().mNcsbMessage_MsgTimeout();
+    messaging::Reply late;
+    late.error = u"The host did not answer in time."_s;
+    answer(late);
+  }
   // Answers the screen's last request with `reply` (sections only) and lets the event loop deliver it.
   void answer(messaging::Reply reply) {
     ASSERT_TRUE(m_set.link.answerLast(std::move(reply)));
